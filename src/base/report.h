@@ -1,0 +1,66 @@
+// Reports: the records every failure, warning and notice becomes.  Each
+// thread keeps its reports of an environment in a root group; reports are
+// throttled by how many the thread already holds.
+#pragma once
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "base/tags.h"
+
+namespace ravelo {
+
+class Environment;
+
+enum Severity : int {
+    kNullError = 0,
+    kFalseAlert = 1,
+    kReportSeverity = 2,
+    kNotice = 3,
+    kWarning = 4,
+    kError = 5,
+    kInternalError = 6,
+};
+
+constexpr int kOutOfMemoryCondition = 0x08;
+constexpr int kMaxMessageLength = 511;
+constexpr int kMaxFunctionNameLength = 100;
+
+struct Report : Tagged {
+    Report() : Tagged(kReportType) {}
+
+    Environment* env = nullptr;
+    std::thread::id thread;
+    int number = 0;           // stored negative, shown positive
+    int severity = kNullError;
+    int display_result = 1;
+    std::string message;
+    int display = 4;          // not yet displayed
+    int conditions = 0;
+    Report* group = nullptr;  // a root group points to itself
+    std::vector<Report*> contents;
+    int fixed_status = -1;
+    std::string function;     // the interface function during which it was made
+    int held = 0;             // root groups only: live reports the thread holds
+};
+
+const char* severity_word(int severity);
+
+// Makes a report in env (NULL: the thread's current or the default environment).
+// May return a stock report when the thread holds too many.
+Report* make_report(Environment* env, int number, int severity, const std::string& message,
+                    int conditions = 0);
+
+// Deletes a report and everything in it; an emptied root group goes too.
+void clear_report(Report* report);
+// Deletes the reports of env of at most the given severity (all threads).
+void clear_reports(Environment& env, int severity);
+// The calling thread's next live report of at least severity after 'after'.
+Report* next_report(Environment& env, int severity, const Report* after);
+// Frees every report of env, as its closing does.
+void drop_all_reports(Environment& env);
+
+bool is_stock_report(const Report* report);
+Report* critical_report();
+
+}  // namespace ravelo

@@ -1,0 +1,110 @@
+#include "net/ops.h"
+
+#include <algorithm>
+
+namespace ravelo {
+namespace {
+
+void renumber(Net& net) {
+    int i = 0;
+    for (Node* n : net.nodes.nodes) n->index = i++;
+}
+
+void erase_one(std::vector<Node*>& v, Node* n) {
+    auto it = std::find(v.begin(), v.end(), n);
+    if (it != v.end()) v.erase(it);
+}
+
+}  // namespace
+
+Net* create_net(Environment& env, const std::string& name) {
+    Net* net = env.store.make<Net>(&env);
+    net->name = name;
+    env.nets.push_back(net);
+    return net;
+}
+
+Node* create_node(Net& net, const std::string& name, int num_states) {
+    Node* node = net.env->store.make<Node>(&net, name);
+    if (num_states > 0) {
+        node->states.resize(static_cast<size_t>(num_states));
+    } else {
+        node->type = NodeType::Continuous;
+    }
+    node->index = static_cast<int>(net.nodes.nodes.size());
+    net.nodes.nodes.push_back(node);
+    net.by_name[name] = node;
+    discard_compiled(net);
+    return node;
+}
+
+int connect(Node& parent, Node& child, const std::string& input_name) {
+    child.parents.nodes.push_back(&parent);
+    child.input_names.push_back(input_name);
+    parent.children.nodes.push_back(&child);
+    child.cpt.clear();
+    child.func_states.clear();
+    child.func_reals.clear();
+    child.experience.clear();
+    discard_compiled(*child.net);
+    return static_cast<int>(child.parents.nodes.size()) - 1;
+}
+
+void disconnect(Node& child, int link_index) {
+    Node* parent = child.parents.nodes[static_cast<size_t>(link_index)];
+    child.parents.nodes.erase(child.parents.nodes.begin() + link_index);
+    child.input_names.erase(child.input_names.begin() + link_index);
+    // A parent linked twice keeps its other link.
+    if (std::find(child.parents.nodes.begin(), child.parents.nodes.end(), parent) ==
+        child.parents.nodes.end())
+        erase_one(parent->children.nodes, &child);
+    child.cpt.clear();
+    child.func_states.clear();
+    child.func_reals.clear();
+    child.experience.clear();
+    discard_compiled(*child.net);
+}
+
+void delete_node(Node& node) {
+    Net& net = *node.net;
+    for (Node* p : node.parents.nodes) erase_one(p->children.nodes, &node);
+    for (Node* c : std::vector<Node*>(node.children.nodes)) {
+        auto& ps = c->parents.nodes;
+        while (true) {
+            auto it = std::find(ps.begin(), ps.end(), &node);
+            if (it == ps.end()) break;
+            disconnect(*c, static_cast<int>(it - ps.begin()));
+        }
+    }
+    erase_one(net.nodes.nodes, &node);
+    net.by_name.erase(node.name);
+    for (NodeSet& set : net.node_sets) erase_one(set.members, &node);
+    if (net.elim_order) erase_one(net.elim_order->nodes, &node);
+    node.release();
+    renumber(net);
+    discard_compiled(net);
+}
+
+void delete_net(Net& net) {
+    Environment& env = *net.env;
+    for (Node* n : net.nodes.nodes) n->release();
+    env.nets.erase(std::remove(env.nets.begin(), env.nets.end(), &net), env.nets.end());
+    net.release();
+}
+
+void discard_compiled(Net& net) {
+    net.jtree.reset();
+    net.junction_step = 0;
+    net.findings_probability = 1.0;
+    for (Node* n : net.nodes.nodes) {
+        n->beliefs_current = false;
+        n->home_clique = -1;
+    }
+}
+
+void beliefs_changed(Net& net) {
+    if (net.junction_step > 4) net.junction_step = 4;
+    for (Node* n : net.nodes.nodes) n->beliefs_current = false;
+}
+
+}  // namespace ravelo
