@@ -108,3 +108,11 @@ void beliefs_changed(Net& net) {
 }
 
 }  // namespace ravelo
+
+namespace ravelo {
+void node_tables_changed(Node& node) {
+    Net& net = *node.net;
+    if (net.junction_step > 2) net.junction_step = 2;
+    for (Node* n : net.nodes.nodes) n->beliefs_current = false;
+}
+}  // namespace ravelo

@@ -24,3 +24,8 @@ void discard_compiled(Net& net);
 void beliefs_changed(Net& net);
 
 }  // namespace ravelo
+
+namespace ravelo {
+// A node's tables changed: compiled clique tables must be reloaded.
+void node_tables_changed(Node& node);
+}  // namespace ravelo
