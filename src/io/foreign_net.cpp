@@ -5,6 +5,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "io/legal_names.h"
+#include "io/linking.h"
 #include "io/row_check.h"
 #include "net/ops.h"
 
@@ -35,36 +36,6 @@ size_t table_size(const ForeignNet& net, const ForeignNode& node, const ReadPlac
 }
 
 namespace {
-
-// True when 'from' reaches 'to' by following links from parent to child.
-bool reaches(const Node& from, const Node& to, std::vector<char>& seen) {
-    std::vector<const Node*> stack{&from};
-    while (!stack.empty()) {
-        const Node* n = stack.back();
-        stack.pop_back();
-        if (n == &to) return true;
-        if (seen[static_cast<size_t>(n->index)]) continue;
-        seen[static_cast<size_t>(n->index)] = 1;
-        for (const Node* c : n->children.nodes) stack.push_back(c);
-    }
-    return false;
-}
-
-void link(Node& parent, Node& child, const ReadPlace& place, int line) {
-    for (const Node* p : child.parents.nodes)
-        if (p == &parent)
-            read_failure(place, line,
-                         format("can't connect >-node '%s' to >-node '%s', because they are "
-                                "already connected",
-                                parent.name.c_str(), child.name.c_str()));
-    std::vector<char> seen(child.net->nodes.nodes.size(), 0);
-    if (reaches(child, parent, seen))
-        read_failure(place, line,
-                     format("can't connect >-node '%s' to >-node '%s', because that would result "
-                            "in a directed cycle (with no time delays)",
-                            parent.name.c_str(), child.name.c_str()));
-    connect(parent, child);
-}
 
 void check_rows(const Node& node, const ReadPlace& place, int line) {
     size_t m = node.states.size();
@@ -113,7 +84,7 @@ Net* build(Environment& env, const ForeignNet& from, const ReadPlace& place, Net
             auto it = by_foreign.find(p);
             if (it == by_foreign.end())
                 read_failure(place, f.line, format("undefined >-node '%s'", p.c_str()));
-            link(*it->second, child, place, f.line);
+            link_checked(*it->second, child, "", place, f.line);
         }
     }
     for (const ForeignNode& f : from.nodes) {

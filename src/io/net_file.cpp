@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "io/bif.h"
+#include "io/dne.h"
 #include "io/foreign_net.h"
 
 namespace ravelo {
@@ -38,17 +39,21 @@ std::string write_foreign(NetFormat format, const ForeignNet& net, const std::st
 }  // namespace
 
 Net* read_net(Environment& env, const Stream& stream, int control) {
-    (void)control;
     std::string text = read_stream_text(stream);
     ReadPlace place{stream.name};
     NetFormat format = format_of(stream.name);
-    Net* net = build_net(env, read_foreign(format, text, place), place);
+    Net* net = format == NetFormat::Text ? read_dne(env, text, place, control)
+                                         : build_net(env, read_foreign(format, text, place), place);
     net->file_name = stream.name;
     return net;
 }
 
 void write_net(const Net& net, Stream& stream) {
     NetFormat format = format_of(stream.name);
+    if (format == NetFormat::Text) {
+        write_stream_text(stream, write_dne(net));
+        return;
+    }
     write_stream_text(stream, write_foreign(format, describe_net(net), stream.name));
 }
 
