@@ -166,7 +166,7 @@ struct BadFile {
 TEST_F(NetFileReading, FaultyFilesGetTheReadersMessages) {
     const BadFile cases[] = {
         {"node A { states = (a, b); probs = (0.5); };",
-         "has too few probabilities in table entry [] of node A"},
+         "has too few probabilities, sum of probabilities isn't 1 (100%) in table entry [] of node A"},
         {"node A { states = (a, b); };\nnode B { states = (a, b); parents = (A); probs = ((1, 0), (0.5, 0.4)); };",
          "sum of probabilities isn't 1 (100%) in table entry [b] of node B"},
         {"node A { states = (a, b); };\nnode B { states = (a, b); parents = (A); probs = ((1, 0)); };",
