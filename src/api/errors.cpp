@@ -2,6 +2,7 @@
 #include <cstdarg>
 
 #include "api/handles.h"
+#include "base/faults.h"
 #include "base/report.h"
 #include "base/text.h"
 
@@ -74,4 +75,17 @@ void ClearError_ns(report_ns* error) {
 void ClearErrors_ns(environ_ns* env, errseverity_ns severity) {
     ApiFrame frame("ClearErrors_ns");
     frame.run([&] { clear_reports(frame.environment(env), severity); });
+}
+
+int TestFaultRecovery_ns(environ_ns* env, int test_num) {
+    ApiFrame frame("TestFaultRecovery_ns");
+    return frame.run(-1, [&]() -> int {
+        frame.environment(env);
+        int kind = fault_test_kind(test_num);
+        if (kind != 1) return kind;
+        // The parameter report stands for argument checking, which level 1 turns off.
+        if (test_num == 1 && checking_level() < QuickCheck) return 0;
+        ApiFrame::guard([&] { provoke_fault(test_num); });
+        return 1;
+    });
 }
