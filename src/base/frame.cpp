@@ -169,10 +169,12 @@ Environment& ApiFrame::environment(environ_ns* handle) {
 }
 
 void ApiFrame::use(Environment& env) {
-    set_current_environment(&env);
+    // Refused before it becomes the current one, so that the report goes
+    // where the caller can still read it.
     if (env.life_state != kLifeInitialized)
         fail(5101, "This function was called before Ravelo finished initialization, or while it "
                    "was closing");
+    set_current_environment(&env);
     if (!memory_reserve_ready())
         fail_out_of_memory(kCannotStartNumber, format("left to even start function >-%s", function_));
 }
