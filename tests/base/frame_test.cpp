@@ -146,6 +146,15 @@ TEST_F(FrameTest, FunctionThatCannotStartForLackOfMemory) {
     EXPECT_EQ(ArgumentChecking_ns(static_cast<checking_ns>(-1), env), RegularCheck);  // reserve back
 }
 
+TEST_F(FrameTest, ClosingFromInsideACallbackIsRefused) {
+    current_function_text() = "Callback of DeleteNet_bn: ";
+    char mesg[MESG_LEN_ns];
+    EXPECT_LT(CloseRavelo_bn(env, mesg), 0);
+    current_function_text().clear();
+    EXPECT_STREQ(mesg, "Not closing Ravelo because user-claimed object won't close.\n");
+    EXPECT_EQ(SetLanguage_ns(-1, env), 1);  // still open
+}
+
 TEST_F(FrameTest, HandlesAreCheckedByTag) {
     EXPECT_EQ(ErrorNumber_ns(nullptr), 0);
     report_ns* r = last();
