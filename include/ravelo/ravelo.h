@@ -65,9 +65,10 @@ typedef int    bool_ns;
 #define OBJECT_LANGUAGE_ns     3
 #define AUTOMATION_LANGUAGE_ns 4
 
-/* Argument checking levels. */
+/* Argument checking levels.  QueryCheck (-1) asks ArgumentChecking_ns for the
+ * level without changing it, and is also what it returns on failure. */
 typedef enum {
-    NoCheck = 1, QuickCheck = 2, RegularCheck = 3, CompleteCheck = 4
+    QueryCheck = -1, NoCheck = 1, QuickCheck = 2, RegularCheck = 3, CompleteCheck = 4
 } checking_ns;
 
 /* Report severities, lowest first. */

@@ -111,7 +111,7 @@ checking_ns ArgumentChecking_ns(checking_ns setting, environ_ns* env) {
     return frame.run(static_cast<checking_ns>(-1), [&]() -> checking_ns {
         frame.environment(env);
         int previous = checking_level();
-        int s = static_cast<int>(setting);
+        int s = raw_enum(setting);
         if (s == -1) return static_cast<checking_ns>(previous);
         if (s < 1 || s > 4)
             fail(5529, "argument 'setting' is %d, but it should be %d or between %d and %d inclusive",

@@ -5,6 +5,7 @@
 #include <cfenv>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <exception>
 #include <new>
 #include <string>
@@ -111,6 +112,16 @@ private:
     Environment* saved_environment_;
     std::fenv_t saved_fenv_;
 };
+
+// The integer a caller passed for an enumeration argument.  C callers may
+// pass any int, which C++ must not load as the enumeration type itself.
+template <class E>
+int raw_enum(const E& value) {
+    static_assert(sizeof(E) == sizeof(int));
+    int raw;
+    std::memcpy(&raw, &value, sizeof raw);
+    return raw;
+}
 
 template <class T>
 T* core_of(const void* handle) {
