@@ -41,6 +41,9 @@ private:
     Node& node_;
     const ParseOptions& options_;
     std::unique_ptr<SymbolTable> local_;
+
+public:
+    std::string unknown_name_;  // an argument name that matched no input
 };
 
 bool EquationParser::resolve(const std::string& name, EqnVariable& var, bool allow_self) const {
@@ -112,6 +115,7 @@ void EquationParser::read_names(ParsedEquation& eq, const HeadNumbers& numbers) 
             if (v.name == name) parse_fault(numbers.repeated, position, "repeated variable name");
         EqnVariable var;
         if (!resolve(name, var, probability)) {
+            unknown_name_ = name;
             if (probability)
                 parse_fault(numbers.unknown, position, "unknown input variable '%s' (use link names if present)", name.c_str());
             parse_fault(numbers.unknown, position, "unknown variable '%s' to the left of = in function definition >-cr-(if links are named, remember to use link names instead of parent names)",
@@ -256,6 +260,7 @@ std::unique_ptr<ParsedEquation> parse_equation(const std::string& text, Node& no
         problem.number = fault.number;
         problem.message = fault.message;
         problem.position = fault.position;
+        problem.subject = parser.unknown_name_;
         return nullptr;
     }
 }

@@ -113,6 +113,8 @@ struct ParsedEquation {
     int true_state = 1;
     std::unique_ptr<SymbolTable> local;  // names entered by a parse that allows new ones
     std::uint64_t stamp = 0;             // what the parse rested on (see equation_stamp)
+    // Sampling a continuous output: per parent condition, the highest density seen.
+    std::vector<double> density_bounds;
 };
 
 }  // namespace ravelo

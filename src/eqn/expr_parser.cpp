@@ -23,7 +23,7 @@ void parse_fault(int number, int position, const char* fmt, ...) {
     va_start(args, fmt);
     std::string message = vformat(fmt, args);
     va_end(args);
-    throw ParseFault{number, message, position};
+    throw ParseFault{number, message, position, {}};
 }
 
 ExprPtr ExprParser::wrap(const FuncDesc& f, ExprPtr e, const std::vector<double>& extra,

@@ -14,6 +14,7 @@ struct ParseFault {
     int number;
     std::string message;
     int position;
+    std::string subject;
 };
 
 [[noreturn]] void parse_fault(int number, int position, const char* fmt, ...)

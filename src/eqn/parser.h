@@ -16,6 +16,7 @@ struct ParseProblem {
     int number = 0;
     std::string message;
     int position = -1;
+    std::string subject;  // the name at fault, where there is one
     const char* context = "parsing expression";
 };
 
