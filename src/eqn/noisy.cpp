@@ -151,7 +151,7 @@ void add_noisy_functions(SymbolTable& t) {
         ValueType first;
     };
     static const Entry entries[] = {
-        {"MultinomialDist", multinomial_pmf, ValueType::Integer},
+        {"MultinomialDist", multinomial_pmf, ValueType::Numeric},
         {"NoisyOrMultiDist", noisy_or_multi, ValueType::Any},
         {"NoisyOrDist", noisy_or, ValueType::Boolean},
         {"NoisyAndDist", noisy_and, ValueType::Boolean},
@@ -166,7 +166,7 @@ void add_noisy_functions(SymbolTable& t) {
         f.probability = true;
         f.result = ValueType::Real;
         f.first = e.first;
-        f.rest = ValueType::Any;
+        f.rest = ValueType::Numeric;
         if (!e.eval) f.special = Special::NoisySum;
         t.add_function(f);
     }
