@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/environment.h"
+#include "base/failure.h"
 #include "base/report.h"
 #include "base/text.h"
 #include "eqn/evaluate.h"
