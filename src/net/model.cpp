@@ -48,12 +48,14 @@ void Node::release() {
     experience = {};
     finding = {};
     beliefs = {};
+    derived_row = {};
     user_fields = {};
     user_data = {};
     listeners = {};
 }
 
-Net::Net(Environment* owner) : Tagged(kNetType), env(owner), nodes(this, true) {}
+Net::Net(Environment* owner)
+    : Tagged(kNetType), env(owner), nodes(this, true), copied_nodes(this, true) {}
 
 Node* Net::find(const std::string& node_name) const {
     auto it = by_name.find(node_name);
@@ -63,8 +65,10 @@ Node* Net::find(const std::string& node_name) const {
 void Net::release() {
     kill();
     nodes.kill();
+    copied_nodes.kill();
     if (elim_order) elim_order->kill();
     nodes.nodes = {};
+    copied_nodes.nodes = {};
     by_name = {};
     node_sets = {};
     user_fields = {};

@@ -133,6 +133,8 @@ public:
     double vis_x = 0, vis_y = 0;
     bool has_position = false;
     std::string vis_style;
+    double vis_pair[2] = {0, 0};          // handed out by the position query
+    std::vector<float> derived_row;       // a CPT row derived from a function table
 
     std::uint64_t mark = 0;  // stamped by graph passes
     int index = -1;          // position in the net's node order
@@ -162,6 +164,7 @@ public:
     std::map<int, void*> user_data;
     std::vector<Listener> listeners;
     std::string visual;  // editor display information, kept as text
+    NodeList copied_nodes;  // the nodes made by the last copy into this net
 
     // Compiled form, and how far belief updating has brought it.
     std::shared_ptr<JunctionTree> jtree;

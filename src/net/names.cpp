@@ -2,6 +2,7 @@
 
 #include <cctype>
 
+#include "base/failure.h"
 #include "base/text.h"
 #include "net/model.h"
 
@@ -40,6 +41,44 @@ std::string name_problem(const char* name, bool allow_star) {
     if (!std::isalpha(static_cast<unsigned char>(n[0])) && n[0] != '_')
         return format("'%.30s' starts with non-alphabetic character '%c'", name, n[0]);
     return {};
+}
+
+std::string wide_name_problem(const char16_t* name) {
+    if (!name) return "is missing";
+    std::u16string_view n(name);
+    if (n.empty()) return "is empty (contains no characters)";
+    for (size_t i = 0; i < n.size(); ++i)
+        if (n[i] > 0x7F)
+            return format("contains a non-ascii character (%s char is Unicode-x%04X)",
+                          ordinal(static_cast<int>(i) + 1).c_str(), static_cast<unsigned>(n[i]));
+    std::string narrow(n.begin(), n.end());
+    std::string problem = name_problem(narrow.c_str());
+    if (n.size() > static_cast<size_t>(kMaxNameLength) && problem.find("is too long") != std::string::npos)
+        return format("is too long (%d characters, maximum is %d)", static_cast<int>(n.size()),
+                      kMaxNameLength);
+    return problem;
+}
+
+std::string ordinal(int n) {
+    const char* suffix = "th";
+    if (n % 100 < 11 || n % 100 > 13) {
+        if (n % 10 == 1) suffix = "st";
+        else if (n % 10 == 2) suffix = "nd";
+        else if (n % 10 == 3) suffix = "rd";
+    }
+    return format("%d%s", n, suffix);
+}
+
+void require_legal_name(const char* name, const char* kind_word) {
+    if (!name) fail(5104, "NULL passed for name");
+    if (!name_problem(name).empty())
+        fail(3212, "'%s' is not a legal name for a %s", name, kind_word);
+}
+
+NameCheck check_name(const char* name, bool repair, bool allow_star) {
+    NameCheck result{name_problem(name, allow_star), name ? name : ""};
+    if (repair && !result.problem.empty()) result.name = repaired_name(result.name);
+    return result;
 }
 
 std::string repaired_name(std::string_view name) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "net/reshape.h"
+
 namespace ravelo {
 namespace {
 
@@ -13,6 +15,11 @@ void renumber(Net& net) {
 void erase_one(std::vector<Node*>& v, Node* n) {
     auto it = std::find(v.begin(), v.end(), n);
     if (it != v.end()) v.erase(it);
+}
+
+bool has_parent(const Node& child, const Node* parent) {
+    const auto& ps = child.parents.nodes;
+    return std::find(ps.begin(), ps.end(), parent) != ps.end();
 }
 
 }  // namespace
@@ -42,26 +49,32 @@ int connect(Node& parent, Node& child, const std::string& input_name) {
     child.parents.nodes.push_back(&parent);
     child.input_names.push_back(input_name);
     parent.children.nodes.push_back(&child);
-    child.cpt.clear();
-    child.func_states.clear();
-    child.func_reals.clear();
-    child.experience.clear();
+    const int k = static_cast<int>(child.parents.nodes.size()) - 1;
+    insert_parent_axis(child, k);
     discard_compiled(*child.net);
-    return static_cast<int>(child.parents.nodes.size()) - 1;
+    return k;
 }
 
 void disconnect(Node& child, int link_index) {
     Node* parent = child.parents.nodes[static_cast<size_t>(link_index)];
+    drop_parent_axis(child, link_index);
     child.parents.nodes.erase(child.parents.nodes.begin() + link_index);
     child.input_names.erase(child.input_names.begin() + link_index);
     // A parent linked twice keeps its other link.
-    if (std::find(child.parents.nodes.begin(), child.parents.nodes.end(), parent) ==
-        child.parents.nodes.end())
-        erase_one(parent->children.nodes, &child);
-    child.cpt.clear();
-    child.func_states.clear();
-    child.func_reals.clear();
-    child.experience.clear();
+    if (!has_parent(child, parent)) erase_one(parent->children.nodes, &child);
+    discard_compiled(*child.net);
+}
+
+void replace_parent(Node& child, int link_index, Node& new_parent) {
+    const auto k = static_cast<size_t>(link_index);
+    Node* old_parent = child.parents.nodes[k];
+    if (old_parent == &new_parent) return;
+    const bool same_shape = old_parent->num_states() == new_parent.num_states();
+    if (!same_shape) drop_parent_axis(child, link_index);
+    child.parents.nodes[k] = &new_parent;
+    if (!same_shape) insert_parent_axis(child, link_index);
+    if (!has_parent(child, old_parent)) erase_one(old_parent->children.nodes, &child);
+    new_parent.children.nodes.push_back(&child);
     discard_compiled(*child.net);
 }
 
@@ -80,6 +93,7 @@ void delete_node(Node& node) {
     net.by_name.erase(node.name);
     for (NodeSet& set : net.node_sets) erase_one(set.members, &node);
     if (net.elim_order) erase_one(net.elim_order->nodes, &node);
+    erase_one(net.copied_nodes.nodes, &node);
     node.release();
     renumber(net);
     discard_compiled(net);
@@ -90,6 +104,21 @@ void delete_net(Net& net) {
     for (Node* n : net.nodes.nodes) n->release();
     env.nets.erase(std::remove(env.nets.begin(), env.nets.end(), &net), env.nets.end());
     net.release();
+}
+
+void place_node(Node& node, int index) {
+    Net& net = *node.net;
+    erase_one(net.nodes.nodes, &node);
+    auto at = std::min(static_cast<size_t>(std::max(index, 0)), net.nodes.nodes.size());
+    net.nodes.nodes.insert(net.nodes.nodes.begin() + static_cast<std::ptrdiff_t>(at), &node);
+    renumber(net);
+}
+
+void rename_node(Node& node, const std::string& name) {
+    Net& net = *node.net;
+    net.by_name.erase(node.name);
+    node.name = name;
+    net.by_name[name] = &node;
 }
 
 void discard_compiled(Net& net) {

@@ -1,0 +1,76 @@
+#include "base/stream.h"
+
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+
+#include "base/failure.h"
+
+namespace ravelo {
+
+void Stream::release() {
+    owned.clear();
+    owned.shrink_to_fit();
+    borrowed = nullptr;
+    borrowed_length = 0;
+    kill();
+}
+
+namespace {
+
+struct FileCloser {
+    void operator()(std::FILE* f) const { std::fclose(f); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+}  // namespace
+
+std::string read_stream_text(const Stream& stream) {
+    if (!stream.is_file) return std::string(stream.contents());
+    File file(std::fopen(stream.name.c_str(), "rb"));
+    if (!file) fail(3440, "couldn't open file '%s' for reading", stream.name.c_str());
+    std::string text;
+    char buffer[65536];
+    size_t got;
+    while ((got = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) text.append(buffer, got);
+    if (std::ferror(file.get()))
+        fail(3441, "disk error reading file '%s'", stream.name.c_str());
+    return text;
+}
+
+void write_stream_text(Stream& stream, const std::string& text) {
+    if (!stream.is_file) {
+        stream.owned = text;
+        stream.borrowed = nullptr;
+        stream.borrowed_length = 0;
+        return;
+    }
+    File file(std::fopen(stream.name.c_str(), "wb"));
+    if (!file) fail(3442, "couldn't open file '%s' for writing", stream.name.c_str());
+    bool written = std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
+    written = std::fflush(file.get()) == 0 && written;
+    if (!written)
+        fail(3443, "disk error writing to file '%s' (is disk full or write protected?)",
+             stream.name.c_str());
+}
+
+std::string extension_of(std::string_view name) {
+    size_t slash = name.find_last_of("/\\");
+    size_t dot = name.rfind('.');
+    if (dot == std::string_view::npos || (slash != std::string_view::npos && dot < slash))
+        return {};
+    std::string ext(name.substr(dot + 1));
+    for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return ext;
+}
+
+std::string base_name_of(std::string_view name) {
+    size_t slash = name.find_last_of("/\\");
+    if (slash != std::string_view::npos) name.remove_prefix(slash + 1);
+    size_t dot = name.rfind('.');
+    if (dot != std::string_view::npos && dot > 0) name = name.substr(0, dot);
+    return std::string(name);
+}
+
+}  // namespace ravelo

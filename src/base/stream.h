@@ -1,0 +1,44 @@
+// Streams: named sources and sinks of text, either a file on disk or a
+// buffer in memory.  The name's extension chooses a net file's format.
+#pragma once
+#include <string>
+#include <string_view>
+
+#include "base/environment.h"
+#include "base/tags.h"
+
+namespace ravelo {
+
+class Stream : public Tagged {
+public:
+    Stream(Environment* owner, std::string stream_name, bool on_file)
+        : Tagged(kStreamType), env(owner), name(std::move(stream_name)), is_file(on_file) {}
+
+    Environment* env;
+    std::string name;  // the file's path, or the memory stream's name
+    bool is_file;
+    std::string access;
+
+    // The memory stream's text: owned, or borrowed from the caller.
+    std::string owned;
+    const char* borrowed = nullptr;
+    long borrowed_length = 0;
+
+    std::string_view contents() const {
+        if (borrowed) return {borrowed, static_cast<size_t>(borrowed_length)};
+        return owned;
+    }
+    void release();
+};
+
+// The whole text of a stream; a file that cannot be read is reported.
+std::string read_stream_text(const Stream& stream);
+// Replaces the stream's text (the file is rewritten); failures are reported.
+void write_stream_text(Stream& stream, const std::string& text);
+
+// The lower-case extension of a file name, without its dot ("" when none).
+std::string extension_of(std::string_view name);
+// The file name without folders and extension.
+std::string base_name_of(std::string_view name);
+
+}  // namespace ravelo

@@ -1,0 +1,86 @@
+#include "io/bif.h"
+
+#include <string_view>
+
+#include "base/numbers.h"
+#include "base/text.h"
+#include "base/tokenizer.h"
+
+namespace ravelo {
+namespace {
+
+// Names that would not read back as one word are written quoted.
+std::string bif_word(const std::string& name) {
+    if (name.empty()) return quoted(name);
+    for (char c : name)
+        if (std::string_view("{}()[];,|=\"/ \t\r\n").find(c) != std::string_view::npos)
+            return quoted(name);
+    return name;
+}
+
+void write_row(std::string& out, const float* row, size_t m) {
+    for (size_t s = 0; s < m; ++s) {
+        if (s) out += ", ";
+        out += prob_text(row[s]);
+    }
+    out += ";\n";
+}
+
+bool row_is_given(const float* row, size_t m) {
+    for (size_t s = 0; s < m; ++s)
+        if (row[s] < 0) return false;
+    return true;
+}
+
+}  // namespace
+
+std::string write_bif(const ForeignNet& net) {
+    std::string out = "network " + bif_word(net.name) + " {\n";
+    for (const auto& [key, value] : net.fields) out += "  property " + key + " " + value + ";\n";
+    out += "}\n";
+    for (const ForeignNode& node : net.nodes) {
+        out += "variable " + bif_word(node.name) + " {\n";
+        out += format("  type discrete [ %zu ] { ", node.states.size());
+        for (size_t s = 0; s < node.states.size(); ++s)
+            out += (s ? ", " : "") + bif_word(node.states[s]);
+        out += " };\n";
+        if (node.has_position)
+            out += "  property position = (" + real_text(node.x) + ", " + real_text(node.y) + ");\n";
+        for (const auto& [key, value] : node.fields) out += "  property " + key + " " + value + ";\n";
+        out += "}\n";
+    }
+    for (const ForeignNode& node : net.nodes) {
+        if (node.cpt.empty() && node.parents.empty()) continue;
+        out += "probability ( " + bif_word(node.name);
+        for (size_t p = 0; p < node.parents.size(); ++p)
+            out += (p ? ", " : " | ") + bif_word(node.parents[p]);
+        out += " ) {\n";
+        size_t m = node.states.size();
+        if (node.parents.empty() && !node.cpt.empty() && row_is_given(node.cpt.data(), m)) {
+            out += "  table ";
+            write_row(out, node.cpt.data(), m);
+        } else if (!node.cpt.empty()) {
+            std::vector<const ForeignNode*> parents;
+            for (const std::string& p : node.parents)
+                parents.push_back(&net.nodes[static_cast<size_t>(find_node(net, p))]);
+            std::vector<size_t> condition(parents.size(), 0);
+            for (size_t start = 0; start + m <= node.cpt.size(); start += m) {
+                if (row_is_given(&node.cpt[start], m)) {
+                    out += "  (";
+                    for (size_t p = 0; p < parents.size(); ++p)
+                        out += (p ? ", " : "") + bif_word(parents[p]->states[condition[p]]);
+                    out += ") ";
+                    write_row(out, &node.cpt[start], m);
+                }
+                for (size_t p = parents.size(); p-- > 0;) {
+                    if (++condition[p] < parents[p]->states.size()) break;
+                    condition[p] = 0;
+                }
+            }
+        }
+        out += "}\n";
+    }
+    return out;
+}
+
+}  // namespace ravelo

@@ -1,0 +1,319 @@
+#include "io/dne_reader.h"
+
+#include <algorithm>
+
+#include "base/numbers.h"
+#include "base/text.h"
+#include "io/dne.h"
+#include "io/dne_words.h"
+#include "io/linking.h"
+#include "net/names.h"
+#include "net/ops.h"
+
+namespace ravelo {
+
+std::string word_of(const Value& v) { return v.kind == Value::List ? std::string() : v.text; }
+bool is_true_word(const std::string& w) { return w == "TRUE" || w == "1"; }
+
+void DneReader::failure(int line, const std::string& message) const {
+    read_failure(place_, line, message);
+}
+
+std::vector<const Statement*> DneReader::effective(const Object& object) const {
+    std::vector<const Statement*> out;
+    if (!object.base.empty()) {
+        auto it = definitions_.find(object.base);
+        if (it == definitions_.end())
+            failure(object.line, format("declaration of %s '%s' tries to inherit from a %s not yet "
+                                        "defined", object.word.c_str(), object.name.c_str(),
+                                        object.word.c_str()));
+        out = effective(*it->second);
+    }
+    std::vector<std::string> own;
+    for (const Statement& s : object.statements) {
+        if (std::find(own.begin(), own.end(), s.keyword) != own.end())
+            failure(s.line, format("more than one `%s` statement for %s '%s'", s.keyword.c_str(),
+                                   object.word.c_str(), object.name.c_str()));
+        own.push_back(s.keyword);
+        // A repeated statement overrides the inherited one.
+        out.erase(std::remove_if(out.begin(), out.end(),
+                                 [&](const Statement* i) { return i->keyword == s.keyword; }),
+                  out.end());
+        out.push_back(&s);
+    }
+    return out;
+}
+
+void DneReader::read(const Object& bnet) {
+    if (!bnet.base.empty())
+        failure(bnet.line, format("declaration of %s '%s' tries to inherit from a %s not yet defined",
+                                  "bnet", bnet.name.c_str(), "bnet"));
+    for (const Object& o : bnet.objects) {
+        if (o.word == "node") declare(o);
+        else if (o.word == "visual" && visual_) net_.visual = o.statements.empty() ? "" : word_of(o.statements[0].value);
+        else if (o.word == "user")
+            for (const Statement& s : o.statements) net_.user_fields.set(s.keyword, word_of(s.value));
+    }
+    for (const Declared& d : declared_) resolve_links(d);
+    for (const Declared& d : declared_) tables(d);
+    for (const Declared& d : declared_) findings(d);
+    net_statements(bnet);
+    node_sets(bnet);
+}
+
+void DneReader::net_statements(const Object& bnet) {
+    std::vector<std::string> seen;
+    for (const Statement& s : bnet.statements) {
+        if (std::find(seen.begin(), seen.end(), s.keyword) != seen.end())
+            failure(s.line, format("more than one `%s` statement", s.keyword.c_str()));
+        seen.push_back(s.keyword);
+        int field = net_field_index(s.keyword);
+        if (field < 0) failure(s.line, format("unknown %s '%s'", "field", s.keyword.c_str()));
+        const std::string w = word_of(s.value);
+        if (s.keyword == "title") net_.title = w;
+        else if (s.keyword == "comment") net_.comment = w;
+        else if (s.keyword == "autoupdate") net_.auto_update = is_true_word(w) ? 1 : 0;
+        else if (s.keyword == "ElimOrder") elim_order(s);
+        else if (s.keyword == "author" || s.keyword == "whochanged" || s.keyword == "whenchanged")
+            net_.user_fields.set(s.keyword, w);
+        // The other net fields are derived or belong to features kept elsewhere.
+    }
+}
+
+void DneReader::declare(const Object& object) {
+    if (!object.declarer.empty()) {
+        definitions_[object.name] = &object;
+        return;
+    }
+    std::string problem = name_problem(object.name.c_str());
+    if (!problem.empty())
+        failure(object.line, format("'%s' is not a legal name for a %s", object.name.c_str(), "node"));
+    if (net_.find(object.name))
+        failure(object.line, format("more than one %s with the name '%s'", "node", object.name.c_str()));
+    if (definitions_.count(object.name))
+        failure(object.line, format("duplicate %s name '%s'", "node", object.name.c_str()));
+    std::vector<const Statement*> statements = effective(object);
+    Node* node = make_node(object, statements);
+    node_fields(*node, statements);
+    node_objects(*node, object);
+    declared_.push_back({&object, node, std::move(statements)});
+}
+
+namespace {
+
+const Statement* find_in(const std::vector<const Statement*>& statements, std::string_view keyword) {
+    for (const Statement* s : statements)
+        if (s->keyword == keyword) return s;
+    return nullptr;
+}
+
+}  // namespace
+
+Node* DneReader::make_node(const Object& object, const std::vector<const Statement*>& statements) {
+    const Statement* numstates = find_in(statements, "numstates");
+    const Statement* states = find_in(statements, "states");
+    const Statement* levels = find_in(statements, "levels");
+    const Statement* discrete = find_in(statements, "discrete");
+    bool is_discrete = !discrete || word_of(discrete->value) != "FALSE";
+    long count = -1;
+    if (states) {
+        if (!states->value.is_list()) failure(states->line, "missing open parenthesis");
+        count = static_cast<long>(states->value.items.size());
+    }
+    if (levels && !is_discrete) {
+        long implied = levels->value.is_list() ? static_cast<long>(levels->value.items.size()) - 1 : -1;
+        if (count >= 0 && implied != count)
+            failure(levels->line, format("there are %ld states, but %ld names", implied, count));
+        count = std::max(implied, 0L);
+    }
+    if (numstates) {
+        auto n = read_integer(word_of(numstates->value));
+        if (!n) failure(numstates->line, format("illegal value '%s'", word_of(numstates->value).c_str()));
+        if (*n < 1 && is_discrete)
+            failure(numstates->line, format("`%s` stated to be %ld, but it must not be less than 1", "numstates", *n));
+        if (count >= 0 && *n != count)
+            failure(numstates->line, format("`%s` stated to be %d, but other statements imply it is %d",
+                                            "numstates", static_cast<int>(*n), static_cast<int>(count)));
+        count = *n;
+    }
+    if (is_discrete && count < 1)
+        failure(object.line, format("missing `%s` statement for %s '%s'", "numstates", "node", object.name.c_str()));
+    if (count > 1000000) failure(object.line, format("`%s` stated to be %ld, which is too many", "numstates", count));
+    Node* node = create_node(net_, object.name, is_discrete ? static_cast<int>(count) : 0);
+    if (!is_discrete && count > 0) node->states.resize(static_cast<size_t>(count));
+    return node;
+}
+
+void DneReader::node_fields(Node& node, const std::vector<const Statement*>& statements) {
+    bool parents_seen = false;
+    for (const Statement* s : statements) {
+        int field = node_field_index(s->keyword);
+        if (field < 0) failure(s->line, format("unknown %s '%s'", "field", s->keyword.c_str()));
+        const std::string w = word_of(s->value);
+        const std::string& k = s->keyword;
+        if (k == "kind") {
+            int kind = keyword_index(kKindWords, w);
+            if (kind < 0) failure(s->line, format("illegal value '%s'", w.c_str()));
+            node.kind = static_cast<NodeKind>(kind);
+        } else if (k == "measure") {
+            int m = keyword_index(kMeasureWords, w);
+            if (m < 0) failure(s->line, format("illegal value '%s'", w.c_str()));
+            node.measure = static_cast<Measure>(m);
+        } else if (k == "chance") {
+            int c = keyword_index(kChanceWords, w);
+            if (c < 0) failure(s->line, format("illegal value '%s'", w.c_str()));
+            node.chance = static_cast<Chance>(c);
+        } else if (k == "discrete") {
+            if (w != "TRUE" && w != "FALSE" && w != "UNKNOWN_DISCRETE")
+                failure(s->line, format("illegal value '%s'", w.c_str()));
+        } else if (k == "states" || k == "statetitles" || k == "StateComments") {
+            if (!s->value.is_list()) failure(s->line, "missing open parenthesis");
+            if (s->value.items.size() != node.states.size())
+                failure(s->line, format("there are %d states, but %d names", node.num_states(),
+                                        static_cast<int>(s->value.items.size())));
+            for (size_t i = 0; i < node.states.size(); ++i) {
+                std::string text = word_of(s->value.items[i]);
+                if (k == "states") {
+                    if (!text.empty() && !is_legal_name(text.c_str()))
+                        failure(s->line, format("'%s' is not a legal name for a %s", text.c_str(), "state"));
+                    node.states[i].name = text;
+                } else if (k == "statetitles") {
+                    node.states[i].title = text;
+                } else {
+                    node.states[i].comment = text;
+                }
+            }
+        } else if (k == "levels") {
+            if (!s->value.is_list()) failure(s->line, "missing open parenthesis");
+            for (const Value& item : s->value.items) {
+                auto v = read_real(word_of(item));
+                if (!v) failure(s->line, format("should give a numeric value, but this gives a %s value", item.kind == Value::List ? "list" : "text"));
+                node.levels.push_back(*v);
+            }
+            if (node.is_discrete() && node.levels.size() != node.states.size())
+                failure(s->line, format("there are %d entries, but there should be %d, because this %s has that many states",
+                                        static_cast<int>(node.levels.size()), node.num_states(), "node"));
+        } else if (k == "parents") {
+            parents_seen = true;
+        } else if (k == "inputs") {
+            if (!parents_seen)
+                failure(s->line, format("missing `%s` statement before `%s` statement", "parents", "inputs"));
+        } else if (k == "probs" || k == "functable" || k == "numcases") {
+            if (!parents_seen && find_in(statements, "parents"))
+                failure(s->line, format("`%s` statement should appear after PREDS statement", k.c_str()));
+        } else if (k == "equation") {
+            node.equation = w;
+        } else if (k == "EqnDirty") {
+            node.equation_dirty = is_true_word(w);
+        } else if (k == "position") {
+            if (!visual_) continue;
+            std::optional<double> x, y;
+            if (s->value.is_list() && s->value.items.size() == 2) {
+                x = read_real(word_of(s->value.items[0]));
+                y = read_real(word_of(s->value.items[1]));
+            }
+            if (!x || !y) failure(s->line, format("illegal value for `%s` statement", "position"));
+            node.vis_x = *x;
+            node.vis_y = *y;
+            node.has_position = true;
+        } else if (k == "title") {
+            node.title = w;
+        } else if (k == "comment") {
+            node.comment = w;
+        } else if (k == "fields") {
+            if (!s->value.is_list()) failure(s->line, "missing open parenthesis");
+            for (const Value& pair : s->value.items) {
+                if (!pair.is_list() || pair.items.size() != 2)
+                    failure(s->line, "missing 2nd open parenthesis (it should be a list of vectors)");
+                node.user_fields.set(word_of(pair.items[0]), word_of(pair.items[1]));
+            }
+        } else if (k == "author" || k == "whochanged" || k == "whenchanged" || k == "units") {
+            node.user_fields.set(k, w);
+        } else if (k == "delays" || k == "persist") {
+            failure(s->line, format("parsing `%s` as a %s field is not implemented in this version of >-Ravelo",
+                                    k.c_str(), "node"));
+        }
+        // The remaining fields ("children", "belief", ...) are derived and so not read.
+    }
+}
+
+void DneReader::node_objects(Node& node, const Object& object) {
+    for (const Object& o : object.objects) {
+        if (o.word == "visual" && visual_) {
+            if (const Statement* style = o.find("style")) node.vis_style = word_of(style->value);
+        } else if (o.word == "user") {
+            for (const Statement& s : o.statements) node.user_fields.set(s.keyword, word_of(s.value));
+        }
+    }
+}
+
+Node* DneReader::named_node(const std::string& name, int line) const {
+    Node* node = net_.find(name);
+    if (node) return node;
+    if (definitions_.count(name))
+        failure(line, format("a >-node meant only for defining others (declared with 'define') '%s' appears",
+                             name.c_str()));
+    failure(line, format("undefined >-node '%s'", name.c_str()));
+}
+
+void DneReader::resolve_links(const Declared& d) {
+    const Statement* parents = find_in(d.statements, "parents");
+    if (!parents) return;
+    if (!parents->value.is_list()) failure(parents->line, "missing open parenthesis");
+    const Statement* inputs = find_in(d.statements, "inputs");
+    size_t count = parents->value.items.size();
+    if (inputs) {
+        if (!inputs->value.is_list()) failure(inputs->line, "missing open parenthesis");
+        if (inputs->value.items.size() != count)
+            failure(inputs->line, format("there are %d input names, but require %d (one for each parent)",
+                                         static_cast<int>(inputs->value.items.size()), static_cast<int>(count)));
+    }
+    for (size_t i = 0; i < count; ++i) {
+        Node* parent = named_node(word_of(parents->value.items[i]), parents->line);
+        std::string input = inputs ? word_of(inputs->value.items[i]) : std::string();
+        if (!input.empty() && !is_legal_name(input.c_str()))
+            failure(inputs->line, format("'%s' is not a legal name for a %s", input.c_str(), "link"));
+        link_checked(*parent, *d.node, input, place_, parents->line);
+    }
+}
+
+void DneReader::node_sets(const Object& bnet) {
+    for (const Object& o : bnet.objects) {
+        if (o.word != "NodeSet") continue;
+        NodeSet set;
+        set.name = o.name;
+        if (const Statement* nodes = o.find("Nodes")) {
+            if (!nodes->value.is_list()) failure(nodes->line, "missing open parenthesis");
+            for (const Value& v : nodes->value.items) set.members.push_back(named_node(word_of(v), nodes->line));
+        }
+        if (const Statement* color = o.find("Color")) set.color = word_of(color->value);
+        net_.node_sets.push_back(std::move(set));
+    }
+}
+
+void DneReader::elim_order(const Statement& s) {
+    if (!s.value.is_list()) failure(s.line, "missing open parenthesis");
+    NodeList* order = net_.env->store.make<NodeList>(&net_, false);
+    for (const Value& v : s.value.items) order->nodes.push_back(named_node(word_of(v), s.line));
+    net_.elim_order = order;
+}
+
+Net* read_dne(Environment& env, std::string_view text, const ReadPlace& place, int control) {
+    std::string tag = tag_word(text);
+    if (tag == "CASE")
+        read_failure(place, 1, format("file '%s' is a case file, not a >-net file", place.file.c_str()));
+    Object bnet = parse_net_file(text, place);
+    std::string problem = name_problem(bnet.name.c_str());
+    if (!problem.empty())
+        read_failure(place, bnet.line, format("'%s' is not a legal name for a %s", bnet.name.c_str(), ">-net"));
+    Net* net = create_net(env, bnet.name);
+    try {
+        DneReader(*net, place, control != 0).read(bnet);
+    } catch (...) {
+        delete_net(*net);
+        throw;
+    }
+    return net;
+}
+
+}  // namespace ravelo

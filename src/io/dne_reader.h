@@ -1,0 +1,55 @@
+// The reader of text net files, in passes over the parsed file: declare
+// the nodes with their states, resolve links, then read tables and findings.
+#pragma once
+#include <map>
+#include <string>
+#include <vector>
+
+#include "io/dne_syntax.h"
+#include "net/model.h"
+
+namespace ravelo {
+
+class DneReader {
+public:
+    DneReader(Net& net, const ReadPlace& place, bool visual) : net_(net), place_(place), visual_(visual) {}
+    void read(const Object& bnet);
+
+private:
+    struct Declared {
+        const Object* object;
+        Node* node;
+        std::vector<const Statement*> statements;  // inherited first, then its own
+    };
+
+    [[noreturn]] void failure(int line, const std::string& message) const;
+    std::vector<const Statement*> effective(const Object& object) const;
+    void net_statements(const Object& bnet);
+    void declare(const Object& object);
+    Node* make_node(const Object& object, const std::vector<const Statement*>& statements);
+    void node_fields(Node& node, const std::vector<const Statement*>& statements);
+    void node_objects(Node& node, const Object& object);
+    void resolve_links(const Declared& d);
+    Node* named_node(const std::string& name, int line) const;
+    void node_sets(const Object& bnet);
+    void elim_order(const Statement& s);
+
+    // dne_tables.cpp
+    void tables(const Declared& d);
+    void read_probs(Node& node, const Statement& s);
+    void read_functable(Node& node, const Statement& s);
+    void read_experience(Node& node, const Statement& s);
+    void findings(const Declared& d);
+
+    Net& net_;
+    const ReadPlace& place_;
+    bool visual_;
+    std::map<std::string, const Object*> definitions_;
+    std::vector<Declared> declared_;
+};
+
+// Text of a word or string value, and the words of keyword values.
+std::string word_of(const Value& v);
+bool is_true_word(const std::string& w);
+
+}  // namespace ravelo

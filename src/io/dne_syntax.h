@@ -1,0 +1,47 @@
+// The syntax of the engine's text net files: objects holding field
+// statements and nested objects, values that are words, strings or nested
+// lists.  The reader first parses a file into this form, then builds.
+#pragma once
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "io/read_place.h"
+
+namespace ravelo {
+
+struct Value {
+    enum Kind { Empty, Word, String, List };
+    Kind kind = Empty;
+    std::string text;
+    std::vector<Value> items;
+    int line = 0;
+    bool is_list() const { return kind == List; }
+};
+
+struct Statement {
+    std::string keyword;
+    Value value;
+    int line = 0;
+};
+
+struct Object {
+    std::string word;       // "bnet", "node", "NodeSet", "visual", "user", "link", "part"
+    std::string declarer;   // "", "define" or "param"
+    std::string name;
+    std::string base;       // the object it inherits from ("" for none)
+    std::vector<Statement> statements;
+    std::vector<Object> objects;
+    int line = 0;
+
+    const Statement* find(std::string_view keyword) const;
+};
+
+// The tag word of the file's tag line ("DNET", "CASE", ...), or "" when it has none.
+std::string tag_word(std::string_view text);
+
+// Parses the one "bnet" object of a file.
+Object parse_net_file(std::string_view text, const ReadPlace& place);
+
+}  // namespace ravelo

@@ -1,0 +1,334 @@
+// Tables and findings of the text net file reader.
+#include <cmath>
+#include <functional>
+
+#include "base/numbers.h"
+#include "base/text.h"
+#include "io/dne_reader.h"
+#include "io/row_check.h"
+
+namespace ravelo {
+namespace {
+
+bool has_lists(const Value& v) {
+    for (const Value& item : v.items)
+        if (item.is_list()) return true;
+    return false;
+}
+
+int depth_of(const Value& v) {
+    int depth = 0;
+    const Value* at = &v;
+    while (at->is_list() && !at->items.empty()) {
+        ++depth;
+        at = &at->items[0];
+    }
+    return depth;
+}
+
+// Walks a table given as nested lists, one level per parent, and hands each
+// condition's innermost value to 'entry' with the condition's text.
+class TableWalk {
+public:
+    using Entry = std::function<void(size_t row, const Value& v, const std::string& condition)>;
+
+    TableWalk(const Node& node, const ReadPlace& place, int line, int inner_depth)
+        : node_(node), place_(place), line_(line), inner_depth_(inner_depth) {}
+
+    void run(const Value& table, const Entry& entry) {
+        size_t parents = node_.parents.nodes.size();
+        int depth = depth_of(table), expected = static_cast<int>(parents) + inner_depth_;
+        if (depth > expected)
+            fail_at(format("too many open parenthesis (are %d, but should be %d) within table of >-node %s",
+                           depth, expected, node_.name.c_str()));
+        std::vector<int> condition;
+        size_t row = 0;
+        walk(table, 0, condition, row, entry);
+    }
+
+    [[noreturn]] void fail_at(const std::string& message) const { read_failure(place_, line_, message); }
+
+    std::string row_text(size_t row) const {
+        std::vector<int> condition(node_.parents.nodes.size());
+        for (size_t p = condition.size(); p-- > 0;) {
+            size_t count = static_cast<size_t>(node_.parents.nodes[p]->num_states());
+            condition[p] = static_cast<int>(row % count);
+            row /= count;
+        }
+        return condition_text(condition);
+    }
+
+    std::string condition_text(const std::vector<int>& condition) const {
+        std::string out;
+        for (size_t p = 0; p < condition.size(); ++p) {
+            const Node& parent = *node_.parents.nodes[p];
+            const std::string& name = parent.states[static_cast<size_t>(condition[p])].name;
+            if (p) out += ", ";
+            out += name.empty() ? format("%d", condition[p]) : name;
+        }
+        return out;
+    }
+
+private:
+    void walk(const Value& v, size_t level, std::vector<int>& condition, size_t& row, const Entry& entry) {
+        if (level == node_.parents.nodes.size()) {
+            entry(row++, v, condition_text(condition));
+            return;
+        }
+        const Node& parent = *node_.parents.nodes[level];
+        if (!v.is_list())
+            fail_at(format("not enough elements in table entry [%s] of >-node %s",
+                           condition_text(condition).c_str(), node_.name.c_str()));
+        size_t count = static_cast<size_t>(parent.num_states());
+        if (v.items.size() < count)
+            fail_at(format("not enough elements in table entry [%s] of >-node %s",
+                           condition_text(condition).c_str(), node_.name.c_str()));
+        if (v.items.size() > count)
+            fail_at(format("too many items in list, or missing ')', within table entry [%s] of >-node %s",
+                           condition_text(condition).c_str(), node_.name.c_str()));
+        for (size_t s = 0; s < count; ++s) {
+            condition.push_back(static_cast<int>(s));
+            walk(v.items[s], level + 1, condition, row, entry);
+            condition.pop_back();
+        }
+    }
+
+    const Node& node_;
+    const ReadPlace& place_;
+    int line_;
+    int inner_depth_;
+};
+
+// A flat list of all entries stands for the nested form.
+bool is_flat(const Node& node, const Value& v, size_t width) {
+    return !node.parents.nodes.empty() && v.is_list() && !has_lists(v) &&
+           static_cast<double>(v.items.size()) == table_rows(node) * static_cast<double>(width);
+}
+
+void require_discrete(const Node& node, const ReadPlace& place, int line) {
+    if (!node.has_states())
+        read_failure(place, line, format("can't have a table for >-node %s because it is not a discrete "
+                                         "or discretized variable", node.name.c_str()));
+    for (const Node* p : node.parents.nodes)
+        if (!p->has_states())
+            read_failure(place, line, format("can't have a table for >-node %s because it has a parent (%s) "
+                                             "which is not a discrete or discretized variable",
+                                             node.name.c_str(), p->name.c_str()));
+}
+
+}  // namespace
+
+void DneReader::tables(const Declared& d) {
+    for (const Statement* s : d.statements) {
+        if (s->keyword == "probs") read_probs(*d.node, *s);
+        else if (s->keyword == "functable") read_functable(*d.node, *s);
+        else if (s->keyword == "numcases") read_experience(*d.node, *s);
+    }
+}
+
+void DneReader::read_probs(Node& node, const Statement& s) {
+    require_discrete(node, place_, s.line);
+    size_t m = static_cast<size_t>(node.num_states());
+    if (table_rows(node) * static_cast<double>(m) > 5e7)
+        failure(s.line, format("can't create >-CPTable for >-node '%s', because the >-CPTable would be too "
+                               "large (%g), due to too many parent >-node-s",
+                               node.name.c_str(), table_rows(node) * static_cast<double>(m)));
+    std::vector<float> cpt(static_cast<size_t>(table_rows(node)) * m);
+    TableWalk walk(node, place_, s.line, 1);
+    auto entry = [&](size_t row, const Value& v, const std::string& condition) {
+        float* out = &cpt[row * m];
+        auto problem = [&](const std::string& what) {
+            walk.fail_at(format("%s in table entry [%s] of >-node %s", what.c_str(), condition.c_str(),
+                                node.name.c_str()));
+        };
+        if (v.kind == Value::Word && v.text == "FLAT") {
+            for (size_t i = 0; i < m; ++i) out[i] = 1.0f / static_cast<float>(m);
+            return;
+        }
+        if (!v.is_list()) problem("missing open parenthesis");
+        if (v.items.size() < m) problem("has too few probabilities");
+        if (v.items.size() > m) problem("has too many probabilities");
+        for (size_t i = 0; i < m; ++i) {
+            const Value& item = v.items[i];
+            if (item.is_list())
+                walk.fail_at(format("unexpected punctuation %s in table entry [%s] of >-node %s", "(",
+                                    condition.c_str(), node.name.c_str()));
+            if (item.text == "@imposs") out[i] = kImpossibleProb;
+            else if (item.text == "@undef") out[i] = kMissingProb;
+            else if (!item.text.empty() && item.text[0] == '@')
+                walk.fail_at(format("unknown escape name '%s' in table entry [%s] of >-node %s",
+                                    item.text.c_str(), condition.c_str(), node.name.c_str()));
+            else if (auto p = read_real(item.text)) out[i] = static_cast<float>(*p);
+            else problem(format("illegal value '%s'", item.text.c_str()));
+        }
+        std::string reason = row_problem(out, static_cast<int>(m));
+        if (!reason.empty()) problem(reason);
+    };
+    if (is_flat(node, s.value, m)) {
+        Value row;
+        row.kind = Value::List;
+        for (size_t r = 0; r * m < s.value.items.size(); ++r) {
+            row.items.assign(s.value.items.begin() + static_cast<long>(r * m),
+                             s.value.items.begin() + static_cast<long>((r + 1) * m));
+            entry(r, row, walk.row_text(r));
+        }
+    } else {
+        walk.run(s.value, entry);
+    }
+    node.cpt = std::move(cpt);
+}
+
+void DneReader::read_functable(Node& node, const Statement& s) {
+    for (const Node* p : node.parents.nodes)
+        if (!p->has_states())
+            failure(s.line, format("can't have a table for >-node %s because it has a parent (%s) which is "
+                                   "not a discrete or discretized variable", node.name.c_str(), p->name.c_str()));
+    size_t rows = static_cast<size_t>(table_rows(node));
+    bool discrete = node.is_discrete();
+    std::vector<int> states(discrete ? rows : 0);
+    std::vector<double> reals(discrete ? 0 : rows);
+    TableWalk walk(node, place_, s.line, 0);
+    auto entry = [&](size_t row, const Value& v, const std::string& condition) {
+        if (v.is_list())
+            walk.fail_at(format("too many open parenthesis (are %d, but should be %d) within table of >-node %s",
+                                static_cast<int>(node.parents.nodes.size()) + 1,
+                                static_cast<int>(node.parents.nodes.size()), node.name.c_str()));
+        const std::string& w = v.text;
+        if (!discrete) {
+            auto x = w == "@undef" ? std::optional<double>(undef_value()) : read_real(w);
+            if (!x)
+                walk.fail_at(format("%s in table entry [%s] of >-node %s",
+                                    "should give a numeric value, but this gives a state value",
+                                    condition.c_str(), node.name.c_str()));
+            reals[row] = *x;
+            return;
+        }
+        int state = -1;
+        if (w == "@undef") state = kUndefState;
+        else if (w == "@imposs") state = kImpossState;
+        else if (w == "@any") state = kEveryState;
+        else if (!w.empty() && w[0] == '@')
+            walk.fail_at(format("unknown escape name '%s' in table entry [%s] of >-node %s", w.c_str(),
+                                condition.c_str(), node.name.c_str()));
+        for (int i = 0; state == -1 && i < node.num_states(); ++i)
+            if (node.states[static_cast<size_t>(i)].name == w) state = i;
+        // Unnamed states are written by their index.
+        auto index = state == -1 ? read_integer(w) : std::nullopt;
+        if (index && *index >= 0 && *index < node.num_states() &&
+            node.states[static_cast<size_t>(*index)].name.empty())
+            state = static_cast<int>(*index);
+        if (state == -1)
+            walk.fail_at(format("unknown state name '%s' in table entry [%s] of >-node %s", w.c_str(),
+                                condition.c_str(), node.name.c_str()));
+        states[row] = state;
+    };
+    if (is_flat(node, s.value, 1)) {
+        for (size_t r = 0; r < rows; ++r) entry(r, s.value.items[r], walk.row_text(r));
+    } else {
+        walk.run(s.value, entry);
+    }
+    node.func_states = std::move(states);
+    node.func_reals = std::move(reals);
+}
+
+void DneReader::read_experience(Node& node, const Statement& s) {
+    require_discrete(node, place_, s.line);
+    size_t rows = static_cast<size_t>(table_rows(node));
+    std::vector<double> experience(rows);
+    TableWalk walk(node, place_, s.line, 0);
+    auto entry = [&](size_t row, const Value& v, const std::string& condition) {
+        auto x = v.is_list() ? std::nullopt : read_real(v.text);
+        if (!x)
+            walk.fail_at(format("%s in table entry [%s] of >-node %s", "missing comma", condition.c_str(),
+                                node.name.c_str()));
+        if (*x < 0) walk.fail_at(format("'%g' is less than zero", *x));
+        experience[row] = *x;
+    };
+    if (!s.value.is_list() && !node.parents.nodes.empty()) {
+        // One amount for every condition.
+        for (size_t r = 0; r < rows; ++r) entry(r, s.value, "");
+    } else if (is_flat(node, s.value, 1)) {
+        for (size_t r = 0; r < rows; ++r) entry(r, s.value.items[r], walk.row_text(r));
+    } else {
+        walk.run(s.value, entry);
+    }
+    node.experience = std::move(experience);
+}
+
+namespace {
+
+// The state a real value falls in, or -1 when it is outside the node's range.
+int state_of_value(const Node& node, double x) {
+    if (node.is_discretized()) {
+        const auto& l = node.levels;
+        bool ascending = l.front() <= l.back();
+        double low = ascending ? l.front() : l.back(), high = ascending ? l.back() : l.front();
+        if (x < low || x > high) return -1;
+        for (size_t i = 0; i + 1 < l.size(); ++i) {
+            double a = std::min(l[i], l[i + 1]), b = std::max(l[i], l[i + 1]);
+            if (x >= a && x <= b) return static_cast<int>(i);
+        }
+        return -1;
+    }
+    for (size_t i = 0; i < node.levels.size(); ++i)
+        if (node.levels[i] == x) return static_cast<int>(i);
+    return node.levels.empty() ? kUndefState : -1;
+}
+
+}  // namespace
+
+void DneReader::findings(const Declared& d) {
+    Node& node = *d.node;
+    FindingRecord f;
+    for (const Statement* s : d.statements) {
+        const std::string w = word_of(s->value);
+        if (s->keyword == "evidence" || s->keyword == "Finding") {
+            if (w == "@undef" || w.empty()) continue;
+            int state = -1;
+            for (int i = 0; i < node.num_states(); ++i)
+                if (node.states[static_cast<size_t>(i)].name == w) state = i;
+            if (state < 0 && s->keyword == "Finding") {
+                auto n = read_integer(w);
+                if (n && *n >= 0 && *n < node.num_states()) state = static_cast<int>(*n);
+            }
+            if (state < 0) failure(s->line, format("unknown state '%s'", w.c_str()));
+            bool clash = (f.has_value && state_of_value(node, f.value) >= 0 &&
+                          state_of_value(node, f.value) != state) ||
+                         (!f.likelihood.empty() && f.likelihood[static_cast<size_t>(state)] == 0);
+            if (clash)
+                failure(s->line, format("'%s' is inconsistent with real value or likelihood of this %s",
+                                        w.c_str(), "node"));
+            f.state = state;
+        } else if (s->keyword == "value") {
+            auto x = read_real(w);
+            if (!x) failure(s->line, format("illegal value '%s'", w.c_str()));
+            int state = node.has_states() ? state_of_value(node, *x) : kUndefState;
+            if (state == -1) failure(s->line, format("'%g' is out-of-range for this >-node", *x));
+            if ((f.state >= 0 && state >= 0 && state != f.state) ||
+                (state >= 0 && !f.likelihood.empty() && f.likelihood[static_cast<size_t>(state)] == 0))
+                failure(s->line, format("'%g' is inconsistent with state value or likelihood of this >-node", *x));
+            f.value = *x;
+            f.has_value = true;
+        } else if (s->keyword == "likelihood") {
+            if (!s->value.is_list()) failure(s->line, "missing open parenthesis");
+            if (s->value.items.size() != node.states.size())
+                failure(s->line, format("there are %d entries, but there should be %d, because this %s has "
+                                        "that many states", static_cast<int>(s->value.items.size()),
+                                        node.num_states(), "node"));
+            std::vector<float> likelihood;
+            for (const Value& item : s->value.items) {
+                auto x = read_real(word_of(item));
+                if (!x) failure(s->line, format("illegal value '%s'", word_of(item).c_str()));
+                if (*x < 0) failure(s->line, format("'%g' is less than zero", *x));
+                likelihood.push_back(static_cast<float>(*x));
+            }
+            if (f.state >= 0 && likelihood[static_cast<size_t>(f.state)] == 0)
+                failure(s->line, format("likelihood is inconsistent with previously stated finding for this %s",
+                                        "node"));
+            f.likelihood = std::move(likelihood);
+        }
+    }
+    node.finding = f;
+}
+
+}  // namespace ravelo

@@ -1,0 +1,117 @@
+#include "net/structure.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+#include "base/failure.h"
+#include "net/listeners.h"
+#include "net/ops.h"
+
+namespace ravelo {
+
+bool is_ancestor(const Node& from, const Node& to) {
+    std::vector<const Node*> stack{&to};
+    std::unordered_set<const Node*> seen{&to};
+    while (!stack.empty()) {
+        const Node* n = stack.back();
+        stack.pop_back();
+        if (n == &from) return true;
+        for (const Node* p : n->parents.nodes)
+            if (seen.insert(p).second) stack.push_back(p);
+    }
+    return false;
+}
+
+void check_link_allowed(const Node& parent, const Node& child) {
+    const char* pn = parent.name.c_str();
+    const char* cn = child.name.c_str();
+    if (parent.net != child.net)
+        fail(3220, "can't connect >-node '%s' to >-node '%s', because they are in different >-net-s "
+                   "(%s and %s respectively)",
+             pn, cn, parent.net->name.c_str(), child.net->name.c_str());
+    if (child.kind == NodeKind::Disconnected)
+        fail(3221, "can't connect >-node '%s' to >-node '%s', because the latter is a disconnected "
+                   "node, so it can only act as a parent",
+             pn, cn);
+    const auto& ps = child.parents.nodes;
+    if (std::find(ps.begin(), ps.end(), &parent) != ps.end())
+        fail(3222, "can't connect >-node '%s' to >-node '%s', because they are already connected", pn,
+             cn);
+    if (is_ancestor(child, parent))
+        fail(3223, "can't connect >-node '%s' to >-node '%s', because that would result in a directed "
+                   "cycle (with no time delays)",
+             pn, cn);
+}
+
+std::string unique_node_name(const Net& net, const std::string& base) {
+    if (!net.find(base)) return base;
+    for (int n = 1;; ++n) {
+        std::string suffix = "_" + std::to_string(n);
+        std::string stem = base.substr(0, static_cast<size_t>(kMaxNameLength) - suffix.size());
+        std::string name = stem + suffix;
+        if (!net.find(name)) return name;
+    }
+}
+
+Node* create_disconnected_like(Net& net, const Node& like, const std::string& name) {
+    Node* stand_in = create_node(net, name, like.num_states());
+    stand_in->kind = NodeKind::Disconnected;
+    stand_in->type = like.type;
+    stand_in->measure = like.measure;
+    stand_in->states = like.states;
+    stand_in->levels = like.levels;
+    stand_in->title = like.title;
+    return stand_in;
+}
+
+void remove_nodes(Net& net, const std::vector<Node*>& doomed) {
+    std::unordered_set<const Node*> set(doomed.begin(), doomed.end());
+    for (const Node* n : doomed)
+        if (n->net != &net)
+            fail(3231, "trying to remove >-node '%s' that is in a different >-net (%s)",
+                 n->name.c_str(), n->net->name.c_str());
+    for (const Node* n : doomed)
+        for (const Node* c : n->children.nodes)
+            if (!set.count(c))
+                fail(3230, ">-node '%s' to be removed has child >-node '%s' which is not being removed",
+                     n->name.c_str(), c->name.c_str());
+    std::unordered_set<const Node*> gone;
+    for (Node* n : doomed)
+        if (gone.insert(n).second) {
+            notify_node(*n, kRemoveEvent, nullptr);
+            if (!n->is_dead()) delete_node(*n);
+        }
+}
+
+void delete_node_keeping_children(Node& node) {
+    Net& net = *node.net;
+    notify_node(node, kRemoveEvent, nullptr);
+    if (node.is_dead()) return;  // its listener deleted it
+    std::vector<Node*> children = node.children.nodes;
+    if (children.empty() || node.kind == NodeKind::Disconnected) {
+        delete_node(node);
+        return;
+    }
+    // The stand-in is made before the node goes, so its name is free only after.
+    Node* stand_in = create_disconnected_like(net, node, unique_node_name(net, node.name + "_x"));
+    for (Node* child : children) {
+        auto& ps = child->parents.nodes;
+        for (size_t k = 0; k < ps.size(); ++k)
+            if (ps[k] == &node) replace_parent(*child, static_cast<int>(k), *stand_in);
+    }
+    std::string name = node.name;
+    int position = node.index;
+    delete_node(node);
+    rename_node(*stand_in, name);
+    place_node(*stand_in, position);
+}
+
+Node* disconnect_parent(Node& child, int link_index) {
+    Net& net = *child.net;
+    Node& parent = *child.parents.nodes[static_cast<size_t>(link_index)];
+    Node* stand_in = create_disconnected_like(net, parent, unique_node_name(net, parent.name));
+    replace_parent(child, link_index, *stand_in);
+    return stand_in;
+}
+
+}  // namespace ravelo

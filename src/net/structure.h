@@ -1,0 +1,37 @@
+// The checked structural operations of a net: which links may be made, which
+// nodes may be removed together, and the disconnected stand-ins that keep a
+// child's relation when its parent goes.
+#pragma once
+#include <string>
+#include <vector>
+
+#include "net/model.h"
+
+namespace ravelo {
+
+// Fails with the reason a link from parent to child is refused (different
+// nets, disconnected child, already connected, directed cycle).
+void check_link_allowed(const Node& parent, const Node& child);
+// True when `to` can be reached from `from` by following links from parent to child.
+bool is_ancestor(const Node& from, const Node& to);
+
+// A name for a new node of net: base itself when free, otherwise base with
+// the smallest "_<n>" suffix that is free (cut to stay a legal length).
+std::string unique_node_name(const Net& net, const std::string& base);
+
+// A DISCONNECTED node with the states and levels of `like`, named name.
+Node* create_disconnected_like(Net& net, const Node& like, const std::string& name);
+
+// Removes a set of nodes of net.  Refused, with nothing removed, when a node
+// is of another net or a child of a removed node is not removed with it.
+void remove_nodes(Net& net, const std::vector<Node*>& doomed);
+
+// Deletes node; each child keeps its relation through a DISCONNECTED node
+// that takes the deleted node's place (its name, states and levels).
+void delete_node_keeping_children(Node& node);
+
+// Disconnects the link_index-th parent link of child: a DISCONNECTED copy of
+// the parent takes its place, keeping the link and its input name.
+Node* disconnect_parent(Node& child, int link_index);
+
+}  // namespace ravelo
