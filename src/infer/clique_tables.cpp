@@ -13,41 +13,71 @@ IndexMap make_map(const JunctionTree& jt, const Clique& clique, const Sepset& se
     const size_t k = clique.members.size();
     // The sepset stride of each clique member (0 when outside the sepset).
     std::vector<std::size_t> sstride(k, 0);
+    std::vector<char> inside(k, 0);
     std::size_t step = 1;
     for (size_t j = sepset.members.size(); j-- > 0;) {
         int v = sepset.members[j];
         for (size_t i = 0; i < k; ++i)
-            if (clique.members[i] == v) sstride[i] = step;
+            if (clique.members[i] == v) {
+                sstride[i] = step;
+                inside[i] = 1;
+            }
         step *= static_cast<std::size_t>(g.states(v));
     }
     IndexMap map;
-    size_t first = k;  // first member of the fastest-varying run
-    if (k > 0 && sstride[k - 1] == 0) {
-        while (first > 0 && sstride[first - 1] == 0) --first;
+    auto states = [&](size_t i) { return static_cast<std::size_t>(g.states(clique.members[i])); };
+    size_t first = k;
+    map.spread = k > 0 && inside[k - 1];
+    // Innermost segment; spread members must also be consecutive in the sepset.
+    std::size_t expect = 1;
+    while (first > 0 && inside[first - 1] == map.spread && (!map.spread || sstride[first - 1] == expect)) {
+        expect *= states(first - 1);
+        map.inner *= states(first - 1);
+        --first;
+    }
+    // Middle segment of the other kind, consecutive in the sepset when inside.
+    std::size_t middle_stride = map.spread ? 0 : 1;
+    if (map.spread) {
+        while (first > 0 && !inside[first - 1]) {
+            map.middle *= states(first - 1);
+            --first;
+        }
     } else {
-        map.spread = true;
-        std::size_t expect = 1;
-        while (first > 0 && sstride[first - 1] == expect) {
-            expect *= static_cast<std::size_t>(g.states(clique.members[first - 1]));
+        while (first > 0 && inside[first - 1] && sstride[first - 1] == middle_stride) {
+            middle_stride *= states(first - 1);
+            map.middle *= states(first - 1);
             --first;
         }
     }
-    map.inner = 1;
-    for (size_t i = first; i < k; ++i) map.inner *= static_cast<std::size_t>(g.states(clique.members[i]));
-    std::size_t runs = map.inner ? static_cast<std::size_t>(clique.size) / map.inner : 0;
+    const std::size_t run = map.inner * map.middle;
+    std::size_t runs = run ? static_cast<std::size_t>(clique.size) / run : 0;
     map.run_base.resize(runs);
-    std::vector<int> count(first, 0);
+    std::vector<std::size_t> count(first, 0);
     std::size_t base = 0;
     for (std::size_t r = 0; r < runs; ++r) {
         map.run_base[r] = static_cast<std::uint32_t>(base);
         for (size_t i = first; i-- > 0;) {
             base += sstride[i];
-            if (++count[i] < g.states(clique.members[i])) break;
-            base -= sstride[i] * static_cast<std::size_t>(count[i]);
+            if (++count[i] < states(i)) break;
+            base -= sstride[i] * count[i];
             count[i] = 0;
         }
     }
     return map;
+}
+
+// Sum of n floats in double, in four independent lanes so it vectorises.
+inline double block_sum(const float* t, std::size_t n) {
+    double a = 0, b = 0, c = 0, d = 0;
+    std::size_t i = 0;
+    for (; i + 4 <= n; i += 4) {
+        a += t[i];
+        b += t[i + 1];
+        c += t[i + 2];
+        d += t[i + 3];
+    }
+    for (; i < n; ++i) a += t[i];
+    return (a + b) + (c + d);
 }
 
 void fix_row(float* row, int n) {
@@ -60,9 +90,27 @@ void fix_row(float* row, int n) {
     else if (impossible) std::fill(row, row + n, 0.0f);
 }
 
+// The node's family, in table order, when all of it lies in the clique once.
+bool family_in_clique(const JunctionTree& jt, const Clique& clique, const Node& node, Sepset& family) {
+    for (const Node* p : node.parents.nodes) family.members.push_back(jt.graph.local_of[p->index]);
+    family.members.push_back(jt.graph.local_of[node.index]);
+    for (size_t i = 0; i < family.members.size(); ++i) {
+        int v = family.members[i];
+        if (v < 0 || member_position(clique, v) < 0) return false;
+        for (size_t j = 0; j < i; ++j)
+            if (family.members[j] == v) return false;
+    }
+    return true;
+}
+
 void load_one(const JunctionTree& jt, Clique& clique, const Node& node) {
     const Graph& g = jt.graph;
     std::vector<float> table = loadable_table(node);
+    Sepset family;
+    if (family_in_clique(jt, clique, node, family)) {
+        multiply_by(clique, make_map(jt, clique, family), table.data());
+        return;
+    }
     const size_t k = clique.members.size();
     std::vector<std::size_t> tstride(k, 0);
     std::size_t fixed = 0;  // offset of parents outside the clique (constants)
@@ -177,19 +225,17 @@ void multiply_by_states(Clique& clique, int pos, int num_states, const float* fa
 void sum_onto(const Clique& clique, const IndexMap& map, double* out, std::size_t out_size) {
     std::fill(out, out + out_size, 0.0);
     const float* t = clique.table.data();
-    const std::size_t inner = map.inner;
+    const std::size_t inner = map.inner, middle = map.middle;
     if (!map.spread) {
         for (std::uint32_t base : map.run_base) {
-            double s = 0.0;
-            for (std::size_t i = 0; i < inner; ++i) s += t[i];
-            out[base] += s;
-            t += inner;
+            double* o = out + base;
+            for (std::size_t j = 0; j < middle; ++j, t += inner) o[j] += block_sum(t, inner);
         }
     } else {
         for (std::uint32_t base : map.run_base) {
             double* o = out + base;
-            for (std::size_t i = 0; i < inner; ++i) o[i] += t[i];
-            t += inner;
+            for (std::size_t j = 0; j < middle; ++j, t += inner)
+                for (std::size_t i = 0; i < inner; ++i) o[i] += t[i];
         }
     }
 }
@@ -197,30 +243,31 @@ void sum_onto(const Clique& clique, const IndexMap& map, double* out, std::size_
 void max_onto(const Clique& clique, const IndexMap& map, double* out, std::size_t out_size) {
     std::fill(out, out + out_size, 0.0);
     const float* t = clique.table.data();
-    const std::size_t inner = map.inner;
-    for (std::uint32_t base : map.run_base) {
-        for (std::size_t i = 0; i < inner; ++i) {
-            double& o = out[map.spread ? base + i : base];
-            o = std::max(o, static_cast<double>(t[i]));
-        }
-        t += inner;
-    }
+    const std::size_t inner = map.inner, middle = map.middle;
+    for (std::uint32_t base : map.run_base)
+        for (std::size_t j = 0; j < middle; ++j, t += inner)
+            for (std::size_t i = 0; i < inner; ++i) {
+                double& o = out[map.spread ? base + i : base + j];
+                o = std::max(o, static_cast<double>(t[i]));
+            }
 }
 
 void multiply_by(Clique& clique, const IndexMap& map, const float* factor) {
     float* t = clique.table.data();
-    const std::size_t inner = map.inner;
+    const std::size_t inner = map.inner, middle = map.middle;
     if (!map.spread) {
         for (std::uint32_t base : map.run_base) {
-            const float f = factor[base];
-            for (std::size_t i = 0; i < inner; ++i) t[i] *= f;
-            t += inner;
+            const float* f = factor + base;
+            for (std::size_t j = 0; j < middle; ++j, t += inner) {
+                const float x = f[j];
+                for (std::size_t i = 0; i < inner; ++i) t[i] *= x;
+            }
         }
     } else {
         for (std::uint32_t base : map.run_base) {
             const float* f = factor + base;
-            for (std::size_t i = 0; i < inner; ++i) t[i] *= f[i];
-            t += inner;
+            for (std::size_t j = 0; j < middle; ++j, t += inner)
+                for (std::size_t i = 0; i < inner; ++i) t[i] *= f[i];
         }
     }
 }
@@ -232,17 +279,10 @@ void member_sums(const Clique& clique, int pos, int num_states, double* out) {
     const float* t = clique.table.data();
     for (std::size_t o = 0; o < clique.table.size(); o += block)
         for (int j = 0; j < num_states; ++j) {
-            const float* run = t + o + inner * static_cast<std::size_t>(j);
-            double s = 0.0;
-            for (std::size_t i = 0; i < inner; ++i) s += run[i];
-            out[j] += s;
+            out[j] += block_sum(t + o + inner * static_cast<std::size_t>(j), inner);
         }
 }
 
-double table_sum(const std::vector<float>& table) {
-    double s = 0.0;
-    for (float x : table) s += x;
-    return s;
-}
+double table_sum(const std::vector<float>& table) { return block_sum(table.data(), table.size()); }
 
 }  // namespace ravelo

@@ -92,7 +92,9 @@ std::unique_ptr<JunctionTree> tree_for_order(Graph g, Net& net, const std::vecto
     auto jt = std::make_unique<JunctionTree>();
     jt->graph = std::move(g);
     Triangulation t = triangulate(jt->graph, order);
-    build_junction_tree(*jt, net, std::move(t.cliques));
+    std::vector<int> position(order.size());
+    for (size_t i = 0; i < order.size(); ++i) position[static_cast<size_t>(order[i])] = static_cast<int>(i);
+    build_junction_tree(*jt, net, std::move(t.cliques), position);
     return jt;
 }
 

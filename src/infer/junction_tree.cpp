@@ -107,12 +107,16 @@ int local_index(const JunctionTree& jt, const Node& node) {
     return jt.graph.local_of[node.index];
 }
 
-std::vector<Clique> make_cliques(const Graph& g, std::vector<std::vector<int>> cliques) {
+std::vector<Clique> make_cliques(const Graph& g, std::vector<std::vector<int>> cliques,
+                                 const std::vector<int>* position = nullptr) {
     std::vector<Clique> out(cliques.size());
     for (size_t k = 0; k < cliques.size(); ++k) {
         Clique& c = out[k];
         c.index = static_cast<int>(k);
         c.members = std::move(cliques[k]);
+        if (position)
+            std::sort(c.members.begin(), c.members.end(),
+                      [&](int a, int b) { return (*position)[a] > (*position)[b]; });
         c.stride.assign(c.members.size(), 1);
         for (size_t i = c.members.size(); i-- > 0;) {
             if (i + 1 < c.members.size())
@@ -133,8 +137,9 @@ double joined_size(const Graph& g, std::vector<std::vector<int>> members) {
     return total;
 }
 
-void build_junction_tree(JunctionTree& jt, Net& net, std::vector<std::vector<int>> cliques) {
-    jt.cliques = make_cliques(jt.graph, std::move(cliques));
+void build_junction_tree(JunctionTree& jt, Net& net, std::vector<std::vector<int>> cliques,
+                         const std::vector<int>& position) {
+    jt.cliques = make_cliques(jt.graph, std::move(cliques), &position);
     join_cliques(jt.graph, jt.cliques, jt.sepsets);
     choose_belief_cliques(jt);
     assign_home_cliques(jt, net);

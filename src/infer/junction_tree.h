@@ -9,19 +9,25 @@
 
 namespace ravelo {
 
-// Maps a clique's entries onto a sepset's in runs of 'inner' consecutive
-// clique entries: a summed run all falls on one sepset entry, a spread run
-// falls on 'inner' consecutive sepset entries.  run_base holds, per run, the
-// sepset entry of its first clique entry.
+// Maps a clique's entries onto a sepset's.  Clique and sepset members stand
+// in one order (latest eliminated first), so the clique's fastest-varying
+// members form two segments: the innermost of 'inner' entries, and before it
+// 'middle' blocks of the other kind.  When the innermost members lie outside
+// the sepset ('spread' false) each inner block sums onto one sepset entry and
+// successive blocks onto successive entries; when they lie inside, each block
+// spreads over 'inner' consecutive entries and successive blocks fall on the
+// same ones.  run_base holds the sepset entry at the start of each run of
+// inner x middle clique entries.
 struct IndexMap {
     std::size_t inner = 1;
+    std::size_t middle = 1;
     bool spread = false;
     std::vector<std::uint32_t> run_base;
 };
 
 struct Sepset {
     int near = -1, far = -1;   // clique indexes, near < far
-    std::vector<int> members;  // local indexes, in the near clique's order
+    std::vector<int> members;  // local indexes, in the cliques' order
     double size = 1.0;
     bool blocked = false;
     IndexMap near_map, far_map;
@@ -75,7 +81,9 @@ struct JunctionTree {
 
 // Joins the cliques (members by local index) into one tree, assigns home
 // cliques, and computes the index maps.
-void build_junction_tree(JunctionTree& jt, Net& net, std::vector<std::vector<int>> cliques);
+// position: elimination position by local index, which orders the members.
+void build_junction_tree(JunctionTree& jt, Net& net, std::vector<std::vector<int>> cliques,
+                         const std::vector<int>& position);
 
 // Total size (cliques and sepsets) of the tree the cliques would be joined into.
 double joined_size(const Graph& g, std::vector<std::vector<int>> cliques);
