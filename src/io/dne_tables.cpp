@@ -5,6 +5,7 @@
 
 #include "base/numbers.h"
 #include "base/text.h"
+#include "infer/findings.h"
 #include "io/dne_reader.h"
 #include "io/row_check.h"
 
@@ -329,7 +330,11 @@ void DneReader::findings(const Declared& d) {
             f.likelihood = std::move(likelihood);
         }
     }
-    node.finding = f;
+    // The checks above name the statement; the engine's entry keeps the
+    // findings and the compiled state in step.
+    if (!f.likelihood.empty()) enter_likelihood(node, f.likelihood.data(), FindingTests::Never);
+    if (f.state >= 0) enter_finding(node, f.state, false, FindingTests::Never);
+    if (f.has_value) enter_value(node, f.value);
 }
 
 }  // namespace ravelo

@@ -1,5 +1,6 @@
 /* Streams and net files seen from a plain C program: memory and file
  * streams, reading and writing nets, and the reports of bad arguments. */
+#include <math.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -54,6 +55,14 @@ int main(void) {
     EXPECT(text && strstr(text, "evidence = yes;") != NULL);
     net_bn* again = ReadNet_bn(out, NO_WINDOW);
     EXPECT(again != NULL);
+
+    /* The finding stored in the file is entered: beliefs reflect it. */
+    CompileNet_bn(again);
+    node_bn* rain = GetNodeNamed_bn("Rain", again);
+    const prob_bn* beliefs = rain ? GetNodeBeliefs_bn(rain) : NULL;
+    EXPECT(beliefs && fabs(beliefs[0] - 0.18 / 0.26) < 1e-5);
+    EXPECT(GetNodeFinding_bn(GetNodeNamed_bn("Wet", again)) == 0);
+    EXPECT(strcmp(last_message(env), "") == 0);
 
     /* Through a file, in another format. */
     const char* path = "net_files_test.bif";

@@ -83,7 +83,7 @@ Net* rich_net(Environment& env) {
     weather->vis_y = -3;
     weather->vis_style = "bold";
     weather->user_fields.set("note", "a, b; {c}");
-    weather->finding.state = 1;
+    weather->finding.likelihood = {1.0f, 0.5f, 0.25f};
     Node* temp = create_node(*net, "Temp", 0);
     temp->levels = {-10, 0, 10, 40};
     temp->states.resize(3);
@@ -91,6 +91,7 @@ Net* rich_net(Environment& env) {
     temp->cpt = {0.1f, 0.3f, 0.6f, 0.5f, 0.5f, 0.0f, kImpossibleProb, kImpossibleProb,
                  kImpossibleProb};
     temp->experience = {10, 20, 0};
+    temp->finding.state = 1;  // the interval holding the value
     temp->finding.has_value = true;
     temp->finding.value = 5;
     Node* go = create_node(*net, "Go", 2);
@@ -102,7 +103,7 @@ Net* rich_net(Environment& env) {
     go->func_states[4] = 1;
     go->func_states[8] = kUndefState;
     go->equation = "Go (Weather, Temp) = Weather == sun";
-    go->finding.likelihood = {1.0f, 0.5f};
+    go->finding.state = 0;
     Node* value = create_node(*net, "Value", 0);
     value->kind = NodeKind::Utility;
     connect(*go, *value);
