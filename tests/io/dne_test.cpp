@@ -224,6 +224,14 @@ TEST_F(NetFileReading, FaultyFilesGetTheReadersMessages) {
         {"node A { states = (a, b); parents = (B); };\nnode B { states = (a, b); parents = (A); };",
          "would result in a directed cycle"},
         {"gadget G { };", "unknown object 'gadget'"},
+        {"node A { discrete = FALSE; states = (a, b); };",
+         "there should not be an `states` statement for this node because it is not a discrete or discretized variable"},
+        {"node A { discrete = FALSE; levels = (1); };",
+         "`levels` has 1 entries, but minimum is 2, because node A is continuous"},
+        {"node A { states = (a, b); levels = (1, 2, 3); };",
+         "`levels` has 3 entries, but there should be 2, because node A has 2 states and is discrete"},
+        {"node A { discrete = FALSE; numstates = 3; };",
+         "'numstates' field declared '3', incompatible with 'levels' declared 0"},
     };
     for (const BadFile& c : cases) {
         SCOPED_TRACE(c.body);
