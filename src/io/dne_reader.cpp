@@ -179,34 +179,8 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
         } else if (k == "discrete") {
             if (w != "TRUE" && w != "FALSE" && w != "UNKNOWN_DISCRETE")
                 failure(s->line, format("illegal value '%s'", w.c_str()));
-        } else if (k == "states" || k == "statetitles" || k == "StateComments") {
-            if (!s->value.is_list()) failure(s->line, "missing open parenthesis");
-            if (s->value.items.size() != node.states.size())
-                failure(s->line, format("there are %d states, but %d names", node.num_states(),
-                                        static_cast<int>(s->value.items.size())));
-            for (size_t i = 0; i < node.states.size(); ++i) {
-                std::string text = word_of(s->value.items[i]);
-                if (k == "states") {
-                    if (!text.empty() && !is_legal_name(text.c_str()))
-                        failure(s->line, format("'%s' is not a legal name for a %s", text.c_str(), "state"));
-                    node.states[i].name = text;
-                } else if (k == "statetitles") {
-                    node.states[i].title = text;
-                } else {
-                    node.states[i].comment = text;
-                }
-            }
-        } else if (k == "levels") {
-            if (!s->value.is_list()) failure(s->line, "missing open parenthesis");
-            for (const Value& item : s->value.items) {
-                auto v = read_real(word_of(item));
-                if (!v) failure(s->line, format("should give a numeric value, but this gives a %s value", item.kind == Value::List ? "list" : "text"));
-                node.levels.push_back(*v);
-            }
-            if (node.is_discrete() && node.levels.size() != node.states.size())
-                failure(s->line, format("`levels` has %d entries, but there should be %d, because %s has %d states and is %s",
-                                        static_cast<int>(node.levels.size()), node.num_states(),
-                                        ("node " + node.name).c_str(), node.num_states(), "discrete"));
+        } else if (k == "states" || k == "statetitles" || k == "StateComments" || k == "levels") {
+            state_statement(node, *s);
         } else if (k == "parents") {
             parents_seen = true;
         } else if (k == "inputs") {
@@ -248,6 +222,40 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
                                     k.c_str(), "node"));
         }
         // The remaining fields ("children", "belief", ...) are derived and so not read.
+    }
+}
+
+void DneReader::state_statement(Node& node, const Statement& s) {
+    const std::string& k = s.keyword;
+    if (!s.value.is_list()) failure(s.line, "missing open parenthesis");
+    if (k == "levels") {
+        for (const Value& item : s.value.items) {
+            auto v = read_real(word_of(item));
+            if (!v)
+                failure(s.line, format("should give a numeric value, but this gives a %s value",
+                                       item.kind == Value::List ? "list" : "text"));
+            node.levels.push_back(*v);
+        }
+        if (node.is_discrete() && node.levels.size() != node.states.size())
+            failure(s.line, format("`levels` has %d entries, but there should be %d, because %s has %d states and is %s",
+                                   static_cast<int>(node.levels.size()), node.num_states(),
+                                   ("node " + node.name).c_str(), node.num_states(), "discrete"));
+        return;
+    }
+    if (s.value.items.size() != node.states.size())
+        failure(s.line, format("there are %d states, but %d names", node.num_states(),
+                               static_cast<int>(s.value.items.size())));
+    for (size_t i = 0; i < node.states.size(); ++i) {
+        std::string text = word_of(s.value.items[i]);
+        if (k == "states") {
+            if (!text.empty() && !is_legal_name(text.c_str()))
+                failure(s.line, format("'%s' is not a legal name for a %s", text.c_str(), "state"));
+            node.states[i].name = text;
+        } else if (k == "statetitles") {
+            node.states[i].title = text;
+        } else {
+            node.states[i].comment = text;
+        }
     }
 }
 

@@ -28,6 +28,7 @@ private:
     void declare(const Object& object);
     Node* make_node(const Object& object, const std::vector<const Statement*>& statements);
     void node_fields(Node& node, const std::vector<const Statement*>& statements);
+    void state_statement(Node& node, const Statement& s);  // states, their titles, comments, levels
     void node_objects(Node& node, const Object& object);
     void resolve_links(const Declared& d);
     Node* named_node(const std::string& name, int line) const;
