@@ -42,6 +42,8 @@ struct Report : Tagged {
     int fixed_status = -1;
     std::string function;     // the interface function during which it was made
     int held = 0;             // root groups only: live reports the thread holds
+    std::string context;      // what was under way, e.g. "parsing expression"
+    int position = -1;        // where in that text the fault was found, or -1
 };
 
 const char* severity_word(int severity);
