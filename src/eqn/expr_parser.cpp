@@ -364,6 +364,7 @@ ExprPtr ExprParser::function_call(const std::string& name, int current_var, int 
                     name.c_str(), f.arity, given);
     }
     check_arguments(f, args, false, position);
+    if (f.probability) check_noisy(f, args);
     auto call = std::make_unique<Expr>();
     call->kind = ExprKind::Call;
     call->func = &f;
