@@ -174,7 +174,6 @@ TEST_F(DistributionTest, ArgumentChecksOfManyArgumentFunctions) {
 TEST_F(DistributionTest, ParseChecksOfTheNoisyFamily) {
     Node* e = discrete("E", {"false", "true"});
     Node* c = discrete("C", {"false", "true"});
-    Node* level = continuous("Lvl", {0, 1, 2});
     for (Node* p : {c, x}) connect(*p, *e);
     const struct {
         const char* text;
@@ -200,7 +199,6 @@ TEST_F(DistributionTest, ParseChecksOfTheNoisyFamily) {
          "sum of probabilities for a condition of function NoisyMaxTableDist should be 1, but it is 0.6"},
     };
     for (const auto& k : cases) EXPECT_EQ(parse_error(e, k.text), k.message) << k.text;
-    (void)level;
 }
 
 }  // namespace
