@@ -79,6 +79,7 @@ struct FindingRecord {
     std::vector<float> likelihood;  // empty: none
     double value = 0.0;
     bool has_value = false;
+    mutable std::vector<float> view;  // the likelihood last handed to a caller
     bool empty() const { return state == kUndefState && likelihood.empty() && !has_value; }
 };
 

@@ -1,0 +1,97 @@
+// The compiled form of a net: cliques joined into one tree by sepsets, with
+// flat float tables and the index maps between cliques and sepsets that make
+// passing a message a pair of tight loops.
+#pragma once
+#include <cstdint>
+#include <vector>
+
+#include "infer/graph.h"
+
+namespace ravelo {
+
+// Maps a clique's entries onto a sepset's.  Clique and sepset members stand
+// in one order (latest eliminated first), so the clique's fastest-varying
+// members form two segments: the innermost of 'inner' entries, and before it
+// 'middle' blocks of the other kind.  When the innermost members lie outside
+// the sepset ('spread' false) each inner block sums onto one sepset entry and
+// successive blocks onto successive entries; when they lie inside, each block
+// spreads over 'inner' consecutive entries and successive blocks fall on the
+// same ones.  run_base holds the sepset entry at the start of each run of
+// inner x middle clique entries.
+struct IndexMap {
+    std::size_t inner = 1;
+    std::size_t middle = 1;
+    bool spread = false;
+    std::vector<std::uint32_t> run_base;
+};
+
+struct Sepset {
+    int near = -1, far = -1;   // clique indexes, near < far
+    std::vector<int> members;  // local indexes, in the cliques' order
+    double size = 1.0;
+    bool blocked = false;
+    IndexMap near_map, far_map;
+    std::vector<float> table;  // the last message passed through it
+};
+
+struct CliqueLink {
+    int neighbour;
+    int sepset;
+};
+
+struct Clique {
+    int index = -1;
+    std::vector<int> members;         // local indexes; the last varies fastest
+    std::vector<std::size_t> stride;  // entry stride of each member
+    double size = 1.0;
+    std::vector<CliqueLink> links;
+    bool rebuild = true;
+    int state = 1;
+    bool on_queue = false;
+    std::vector<float> table;
+    std::vector<Node*> homed;  // nodes whose tables load here
+};
+
+// Propagation states of a clique.
+enum CliqueState : int { kReset = 0, kUnchanged = 1, kChanged = 2, kCollected = 3,
+                         kReceiving = 4, kDone = 5 };
+
+struct JunctionTree {
+    Graph graph;
+    std::vector<Clique> cliques;
+    std::vector<Sepset> sepsets;
+    std::vector<int> belief_clique;   // by local index: smallest clique holding the node
+
+    // What is multiplied into the clique tables for each node (empty: nothing).
+    std::vector<std::vector<float>> applied;
+    std::vector<int> pending;         // local indexes whose findings changed since
+    bool tables_allocated = false;
+
+    // The propagated tables without findings, kept so that a retraction
+    // reloads by copying instead of rebuilding from the node tables.
+    std::vector<std::vector<float>> prior_cliques, prior_sepsets;
+    bool prior_valid = false;
+    bool keep_prior = true;
+
+    // Working space of message passing, sized at compile time.
+    std::vector<double> sums;
+    std::vector<float> ratio;
+    std::vector<int> queue;
+};
+
+// Joins the cliques (members by local index) into one tree, assigns home
+// cliques, and computes the index maps.
+// position: elimination position by local index, which orders the members.
+void build_junction_tree(JunctionTree& jt, Net& net, std::vector<std::vector<int>> cliques,
+                         const std::vector<int>& position);
+
+// Total size (cliques and sepsets) of the tree the cliques would be joined into.
+double joined_size(const Graph& g, std::vector<std::vector<int>> cliques);
+
+double total_size(const JunctionTree& jt);
+double size_with_findings(const JunctionTree& jt);
+
+// Local index of a node in the tree, or -1.
+int local_index(const JunctionTree& jt, const Node& node);
+
+}  // namespace ravelo

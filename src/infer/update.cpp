@@ -1,0 +1,162 @@
+#include "infer/update.h"
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "infer/clique_tables.h"
+#include "infer/compile.h"
+#include "infer/propagate.h"
+
+namespace ravelo {
+namespace {
+
+void apply_finding(JunctionTree& jt, int v, std::vector<float> likelihood) {
+    Node* node = jt.graph.nodes[v];
+    Clique& c = jt.cliques[node->home_clique];
+    multiply_by_states(c, member_position(c, v), node->num_states(), likelihood.data());
+    c.state = kChanged;
+    jt.applied[v] = std::move(likelihood);
+}
+
+// The propagated tables without findings: made once after the node tables
+// change, then copied in at each reload.
+bool ensure_prior(JunctionTree& jt) {
+    if (jt.prior_valid) return true;
+    if (!jt.keep_prior) return false;
+    load_node_tables(jt);
+    for (Clique& c : jt.cliques) c.state = kChanged;
+    double probability = 1.0;
+    if (propagate(jt, probability) < 0) return false;
+    jt.prior_cliques.resize(jt.cliques.size());
+    jt.prior_sepsets.resize(jt.sepsets.size());
+    for (size_t i = 0; i < jt.cliques.size(); ++i) jt.prior_cliques[i] = jt.cliques[i].table;
+    for (size_t i = 0; i < jt.sepsets.size(); ++i) jt.prior_sepsets[i] = jt.sepsets[i].table;
+    jt.prior_valid = true;
+    return true;
+}
+
+void load_tables_and_findings(Net& net, JunctionTree& jt) {
+    if (ensure_prior(jt)) {
+        for (size_t i = 0; i < jt.cliques.size(); ++i) {
+            jt.cliques[i].table = jt.prior_cliques[i];
+            jt.cliques[i].state = kUnchanged;
+        }
+        for (size_t i = 0; i < jt.sepsets.size(); ++i) jt.sepsets[i].table = jt.prior_sepsets[i];
+        for (auto& a : jt.applied) a.clear();
+    } else {
+        load_node_tables(jt);
+        for (Clique& c : jt.cliques) c.state = kChanged;
+    }
+    for (int v = 0; v < jt.graph.size(); ++v) {
+        std::vector<float> likelihood = finding_likelihood(*jt.graph.nodes[v]);
+        if (!likelihood.empty()) apply_finding(jt, v, std::move(likelihood));
+    }
+    jt.pending.clear();
+    net.findings_probability = 1.0;
+}
+
+// Multiplies in findings added since the last load; false when one was
+// changed or retracted, which needs a reload.
+bool apply_pending(JunctionTree& jt) {
+    for (int v : jt.pending) {
+        std::vector<float> likelihood = finding_likelihood(*jt.graph.nodes[v]);
+        if (likelihood == jt.applied[v]) continue;
+        if (!jt.applied[v].empty()) return false;
+        apply_finding(jt, v, std::move(likelihood));
+    }
+    jt.pending.clear();
+    return true;
+}
+
+[[noreturn]] void fail_inconsistent(int number) {
+    fail(number, "according to this model, the >-finding-(s) entered are inconsistent%s", "");
+}
+
+void propagate_step(Net& net, JunctionTree& jt) {
+    if (!apply_pending(jt)) {
+        load_tables_and_findings(net, jt);
+        net.junction_step = kTablesLoaded;
+    }
+    int result = propagate(jt, net.findings_probability);
+    if (result == kPropagationOutOfMemory) fail_out_of_memory(2698, "to do belief updating");
+    if (result == kPropagationFault) RAVELO_ASSERT(result != kPropagationFault);
+    if (result == kZeroProbability) net.findings_probability = 0.0;
+    if (net.findings_probability > 1.0) net.findings_probability = 1.0;
+    if (net.findings_probability == 0.0) {
+        // The tables now hold zeros: the next query reloads them.
+        net.junction_step = kTablesAllocated;
+        fail_inconsistent(kZeroFindingsNumber);
+    }
+    net.junction_step = kPropagatedStep;
+}
+
+}  // namespace
+
+JunctionTree* tree_of(const Net& net) {
+    return net.junction_step > kNotCompiled ? net.jtree.get() : nullptr;
+}
+
+std::vector<float> finding_likelihood(const Node& node) {
+    const FindingRecord& f = node.finding;
+    if (f.state >= 0 && f.state < node.num_states()) {
+        std::vector<float> v(static_cast<size_t>(node.num_states()), 0.0f);
+        v[static_cast<size_t>(f.state)] = 1.0f;
+        return v;
+    }
+    return f.likelihood;
+}
+
+void findings_changed(Node& node) {
+    Net& net = *node.net;
+    for (Node* n : net.nodes.nodes) n->beliefs_current = false;
+    JunctionTree* jt = tree_of(net);
+    if (!jt) return;
+    int v = local_index(*jt, node);
+    if (v >= 0) jt->pending.push_back(v);
+    if (net.junction_step > kTablesLoaded) net.junction_step = kTablesLoaded;
+}
+
+void all_findings_changed(Net& net) {
+    for (Node* n : net.nodes.nodes) n->beliefs_current = false;
+    JunctionTree* jt = tree_of(net);
+    if (jt && net.junction_step > kTablesAllocated) net.junction_step = kTablesAllocated;
+}
+
+void update_beliefs(Net& net) {
+    JunctionTree* jt = tree_of(net);
+    if (net.junction_step == kPropagatedStep && jt && jt->pending.empty()) return;
+    if (!jt) fail(2077, "can't update beliefs because >-net '%s' needs to be compiled", net.name.c_str());
+    if (net.junction_step == kCompiled) {
+        check_table_memory(net, *jt, false);
+        allocate_tables(*jt);
+        net.findings_probability = 1.0;
+        net.junction_step = kTablesAllocated;
+    }
+    if (net.junction_step == kReloadTables) {
+        jt->prior_valid = false;
+        net.junction_step = kTablesAllocated;
+    }
+    if (net.junction_step == kTablesAllocated) {
+        load_tables_and_findings(net, *jt);
+        net.junction_step = kTablesLoaded;
+    }
+    if (net.junction_step == kTablesLoaded) propagate_step(net, *jt);
+    if (net.findings_probability == 0.0) fail_inconsistent(2378);
+}
+
+void read_beliefs(Node& node) {
+    JunctionTree& jt = *node.net->jtree;
+    int v = local_index(jt, node);
+    const int n = node.num_states();
+    node.beliefs.assign(static_cast<size_t>(n), 0.0f);
+    if (v < 0 || n == 0) return;
+    const Clique& c = jt.cliques[jt.belief_clique[v]];
+    std::vector<double> sums(static_cast<size_t>(n));
+    member_sums(c, member_position(c, v), n, sums.data());
+    double total = 0.0;
+    for (double s : sums) total += s;
+    if (total > 0.0)
+        for (int i = 0; i < n; ++i) node.beliefs[static_cast<size_t>(i)] = static_cast<float>(sums[static_cast<size_t>(i)] / total);
+    node.beliefs_current = true;
+}
+
+}  // namespace ravelo

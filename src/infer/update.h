@@ -1,0 +1,34 @@
+// The update driver: brings a compiled net's junction tree, step by step,
+// into agreement with its node tables and findings.
+#pragma once
+#include <vector>
+
+#include "net/model.h"
+
+namespace ravelo {
+
+struct JunctionTree;
+
+// Junction steps of a net.
+enum JunctionStep : int { kNotCompiled = 0, kCompiled = 1, kReloadTables = 2,
+                          kTablesAllocated = 3, kTablesLoaded = 4, kPropagatedStep = 5 };
+
+constexpr int kZeroFindingsNumber = 2078;
+
+// Throws a Failure with its report when the beliefs cannot be brought up to date.
+void update_beliefs(Net& net);
+
+// The tree of a compiled net, or NULL.
+JunctionTree* tree_of(const Net& net);
+
+// The vector by which a node's findings multiply the tree (empty: none).
+std::vector<float> finding_likelihood(const Node& node);
+
+// The node's findings changed: its clique must be reloaded or multiplied.
+void findings_changed(Node& node);
+void all_findings_changed(Net& net);
+
+// Computes the node's beliefs from its clique after an update.
+void read_beliefs(Node& node);
+
+}  // namespace ravelo
