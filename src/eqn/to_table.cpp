@@ -1,10 +1,8 @@
 #include "eqn/to_table.h"
 
 #include <cmath>
-#include <mutex>
 #include <vector>
 
-#include "base/environment.h"
 #include "base/failure.h"
 #include "base/random.h"
 #include "base/text.h"
@@ -224,8 +222,6 @@ const ParsedEquation& checked_equation(Node& node, bool for_table);
 void equation_to_table(Node& node, int num_samples, bool samp_unc, bool add_exist,
                        RandomGenerator* rng) {
     const ParsedEquation& eq = checked_equation(node, true);
-    std::unique_lock<std::recursive_mutex> lock;
-    if (rng && rng->takes_env_lock) lock = std::unique_lock(node.net->env->lock);
     Conversion(node, eq, rng).run(num_samples, samp_unc, add_exist);
 }
 

@@ -98,6 +98,20 @@ int main(void) {
     state_bn b0[1] = {0};
     probs = GetNodeProbs_bn(count, b0);
     EXPECT(probs && probs[0] == 1.0f);
+
+    /* A continuous parent is sampled inside its intervals. */
+    node_bn* t = NewNode_bn("T", 0, net);
+    level_bn levels[3] = {0, 10, 20};
+    SetNodeLevels_bn(t, 2, levels);
+    node_bn* hot = NewNode_bn("Hot", 2, net);
+    SetNodeStateNames_bn(hot, "false,true");
+    EXPECT(AddLink_bn(t, hot) == 0);
+    SetNodeEquation_bn(hot, "Hot (T) = T >= 10");
+    EquationToTable_bn(hot, 20, 0, 0);
+    EXPECT(GetError_ns(env, NULL_ERR, NULL) == NULL);
+    state_bn t1[1] = {1};
+    probs = GetNodeProbs_bn(hot, t1);
+    EXPECT(probs && probs[1] == 1.0f);
     SetNodeEquation_bn(NULL, "X () = 1");
     EXPECT(last_report(env) != NULL);
     ClearErrors_ns(env, INTERNAL_ERR);
