@@ -63,6 +63,7 @@ private:
     bool probabilistic_;
     int output_var_;
     bool allow_new_names_;
+    int depth_ = 0;  // nesting of expressions being read, bounded against hostile text
 };
 
 }  // namespace ravelo
