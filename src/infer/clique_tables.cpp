@@ -144,6 +144,10 @@ void load_one(const JunctionTree& jt, Clique& clique, const Node& node) {
 
 }  // namespace
 
+IndexMap make_family_map(const JunctionTree& jt, const Clique& clique, const Sepset& family) {
+    return make_map(jt, clique, family);
+}
+
 int member_position(const Clique& clique, int local) {
     for (size_t i = 0; i < clique.members.size(); ++i)
         if (clique.members[i] == local) return static_cast<int>(i);
