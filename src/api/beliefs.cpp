@@ -164,7 +164,7 @@ double JointProbability_bn(const nodelist_bn* nodes, const state_bn* states) {
                 fail(5619, "state %d given for >-node '%s' is not one of its states (0 to %d)",
                      states[i], n.name.c_str(), n.num_states() - 1);
             if (n.kind == NodeKind::Utility)
-                fail(5620, ">-node '%s' is a utility node, which has no probabilities", n.name.c_str());
+                fail(5622, ">-node '%s' is a utility node, which has no probabilities", n.name.c_str());
         }
         update_beliefs(net);
         return joint_probability(net, list.nodes, states);

@@ -191,6 +191,28 @@ static void test_relations(node_bn** n) {
     DeleteNodeList_bn(out);
 }
 
+/* A family of 10^5 entries: 400 KB of tables, above a 200 KB limit. */
+static void test_memory_limit(void) {
+    char msg[600];
+    net_bn* net = NewNet_bn("wide", env);
+    node_bn* child = NewNode_bn("child", 10, net);
+    const char* names[] = {"p1", "p2", "p3", "p4"};
+    for (int i = 0; i < 4; ++i) AddLink_bn(NewNode_bn(names[i], 10, net), child);
+    double previous = LimitMemoryUsage_ns(200000, env);
+    CompileNet_bn(net);
+    EXPECT(last_number(msg, sizeof msg) == 3632);
+    EXPECT(strstr(msg, "to compile/update net 'wide' (see LimitMemoryUsage_ns)") != NULL);
+    EXPECT(SizeCompiledNet_bn(net, 0) == -1.0);
+    EXPECT(GetNetElimOrder_bn(net) == NULL);
+    last_number(NULL, 0);
+    LimitMemoryUsage_ns(previous > 0 ? previous : 1e15, env);
+    CompileNet_bn(net);
+    EXPECT(last_number(msg, sizeof msg) == 2760); /* only the first table warning */
+    EXPECT(strcmp(msg, "some node(s) (e.g. child) don't have conditional probability tables (CPTs) (they will be taken as having uniform probabilities)") == 0);
+    EXPECT(SizeCompiledNet_bn(net, 0) == 1e5);
+    DeleteNet_bn(net);
+}
+
 int main(void) {
     char mesg[MESG_LEN_ns];
     env = NewRaveloEnviron_ns(NULL, NULL, NULL);
@@ -202,6 +224,7 @@ int main(void) {
     test_elim_order(net, n);
     test_beliefs(net, n);
     test_relations(n);
+    test_memory_limit();
 
     node_bn* gone = n[0];
     DeleteNode_bn(gone);
