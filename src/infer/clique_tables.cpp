@@ -8,6 +8,8 @@
 namespace ravelo {
 namespace {
 
+constexpr double kPriorLimit = 5e7;
+
 IndexMap make_map(const JunctionTree& jt, const Clique& clique, const Sepset& sepset) {
     const Graph& g = jt.graph;
     const size_t k = clique.members.size();
@@ -176,6 +178,8 @@ std::vector<float> loadable_table(const Node& node) {
 
 void allocate_tables(JunctionTree& jt) {
     std::size_t widest = 1;
+    // Past this the propagated prior tables would cost more memory than reloading saves.
+    jt.keep_prior = total_size(jt) <= kPriorLimit;
     for (Clique& c : jt.cliques) c.table.assign(static_cast<std::size_t>(c.size), 0.0f);
     for (Sepset& s : jt.sepsets) {
         s.table.assign(static_cast<std::size_t>(s.size), 1.0f);

@@ -99,7 +99,9 @@ std::unique_ptr<JunctionTree> tree_for_order(Graph g, Net& net, const std::vecto
 }
 
 void check_table_memory(Net& net, const JunctionTree& jt, bool at_compile) {
-    const double bytes = 4.0 * size_with_findings(jt);
+    const double full = 4.0 * total_size(jt);
+    // Tables are built at their full size, so an update needs room for that.
+    const double bytes = at_compile ? 4.0 * size_with_findings(jt) : full;
     if (bytes > kMaxTableBytes) {
         if (!at_compile) fail_out_of_memory(2759, "to compile/update this >-net", bytes);
         warning(2758, "you will not be able to do belief updating with this >-net unless you "
@@ -110,7 +112,6 @@ void check_table_memory(Net& net, const JunctionTree& jt, bool at_compile) {
     if (memory_limit_set() && bytes > memory_limit())
         fail_out_of_memory(3632, format("to compile/update >-net '%s' (see >-LimitMemoryUsage_ns)",
                                         net.name.c_str()), bytes);
-    const double full = 4.0 * total_size(jt);
     if (at_compile && full > bytes && full > kMaxTableBytes)
         warning(2493, "if all current findings are removed, updating will result in tables "
                       "requiring %.4g GB",
