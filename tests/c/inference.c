@@ -101,6 +101,11 @@ static void test_elim_order(net_bn* net, node_bn** n) {
     SetNetElimOrder_bn(order, net);
     EXPECT(last_number(msg, sizeof msg) == 2290);
     EXPECT(strcmp(msg, "couldn't set the elimination order of net 'lawn', because new list contains a duplicate node (named 'wet')") == 0);
+    nodelist_bn* holes = NewNodeList2_bn(4, net);
+    SetNetElimOrder_bn(holes, net);
+    EXPECT(last_number(msg, sizeof msg) == 2290);
+    EXPECT(strcmp(msg, "couldn't set the elimination order of net 'lawn', because new list contains a NULL") == 0);
+    DeleteNodeList_bn(holes);
     RemoveNthNode_bn(order, LAST_ENTRY);
     AddNodeToList_bn(n[0], order, LAST_ENTRY);
     SetNetElimOrder_bn(order, net);
@@ -166,6 +171,14 @@ static void test_beliefs(net_bn* net, node_bn** n) {
     node_bn* util = NewNode_bn("worth", 0, net);
     SetNodeKind_bn(util, UTILITY_NODE);
     last_number(NULL, 0);
+    nodelist_bn* with_util = DupNodeList_bn(GetNetNodes2_bn(net, NULL));
+    SetNetElimOrder_bn(with_util, net);
+    EXPECT(last_number(msg, sizeof msg) == 2290);
+    EXPECT(strcmp(msg, "couldn't set the elimination order of net 'lawn', because new list contains a utility node (named 'worth')") == 0);
+    DeleteNodeList_bn(with_util);
+    CompileNetWith_bn(net, "optimize");
+    EXPECT(last_number(msg, sizeof msg) == 2007);
+    EXPECT(strcmp(msg, "can't use optimizing compiler for net 'lawn' because it has a decision node(s)") == 0);
     EXPECT(GetNodeFinding_bn(util) == UNDEF_STATE);
     EXPECT(last_number(msg, sizeof msg) == 5515);
     GetNodeBeliefs_bn(util);
