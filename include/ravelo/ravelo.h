@@ -65,9 +65,10 @@ typedef int    bool_ns;
 #define OBJECT_LANGUAGE_ns     3
 #define AUTOMATION_LANGUAGE_ns 4
 
-/* Argument checking levels. */
+/* Argument checking levels.  QueryCheck (-1) asks ArgumentChecking_ns for the
+ * level without changing it, and is also what it returns on failure. */
 typedef enum {
-    NoCheck = 1, QuickCheck = 2, RegularCheck = 3, CompleteCheck = 4
+    QueryCheck = -1, NoCheck = 1, QuickCheck = 2, RegularCheck = 3, CompleteCheck = 4
 } checking_ns;
 
 /* Report severities, lowest first. */
@@ -162,16 +163,16 @@ RAVELO_API errseverity_ns ErrorSeverity_ns (const report_ns* error);
 RAVELO_API bool_ns ErrorCategory_ns (errcond_ns cond, const report_ns* error);
 /* Deletes one report. */
 RAVELO_API void ClearError_ns (report_ns* error);
-/* Deletes every report of env of at most the given severity. */
+/* Deletes every report of env (of every thread) of at most the given severity, depth first through groups. */
 RAVELO_API void ClearErrors_ns (environ_ns* env, errseverity_ns severity);
 /* Provokes fault number test_num and recovers from it; 1 when a test ran, 0 for other numbers below 30, 3 from 30 up.
  *   1        a parameter report (5245), only at checking level 2 and above
  *   2        an internal assertion failure
- *   3        a floating-point division by zero (masked by the frame: the result is infinite)
+ *   3        a floating-point division by zero (masked by the frame: the result is infinite, no report)
  *   4        an integer division by zero: detected and raised as a system fault before dividing
  *   6 to 13  reads and writes through null, invalid or misaligned pointers: the faulting access
  *            is detected before it is made and raised as a system fault
- *   14       the logarithm of zero, squared (masked: the result is infinite)
+ *   14       the logarithm of zero, squared (masked: the result is infinite, no report)
  *   21       unbounded recursion: recursion runs until a depth guard raises a system fault
  *   23 to 27 overruns and underruns of stack buffers: the bounds check raises a system fault
  *   29       a loop that never ends: an iteration guard raises a system fault
@@ -182,13 +183,20 @@ RAVELO_API int TestFaultRecovery_ns (environ_ns* env, int test_num);
 /* Random generators                                                        */
 /* ------------------------------------------------------------------------ */
 
-/* Creates a generator from a seed text (a decimal integer, or a state text); NULL on failure. */
+/* Creates a generator in env (owned by it, freed at the latest when env closes); NULL on failure.
+ * seed is a decimal integer text (blanks and a sign allowed): s and -s give the same sequence, and the
+ * magnitude is taken modulo 2^31; or a text from GetRandomGenState_ns, which recreates that generator.
+ * options must be NULL or empty. */
 RAVELO_API randgen_ns* NewRandomGenerator_ns (const char* seed, environ_ns* env, const char* options);
 /* Deletes a generator. */
 RAVELO_API void DeleteRandomGen_ns (randgen_ns* rand);
-/* Fills results with num successive uniform deviates in (0, 1). */
+/* Fills results with num successive deviates: with options NULL or empty, uniform deviates in [0, 1)
+ * of single-precision resolution; with options "integer", values of the generator's integer stream,
+ * whole numbers in [0, 714025). */
 RAVELO_API void GenerateRandomNumbers_ns (randgen_ns* rand, double* results, int num, const char* options);
-/* Returns the generator's state as a text that NewRandomGenerator_ns accepts as a seed; NULL on failure. */
+/* Returns the generator's whole state (both streams and any cached normal deviate) as a text that
+ * NewRandomGenerator_ns accepts as a seed; valid until the next call for rand. options must be NULL
+ * or empty. NULL on failure. */
 RAVELO_API const char* GetRandomGenState_ns (randgen_ns* rand, const char* options);
 
 /* ------------------------------------------------------------------------ */

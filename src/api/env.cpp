@@ -6,14 +6,14 @@
 
 #include "api/handles.h"
 #include "base/report.h"
+#include "base/startup.h"
+#include "base/thread_state.h"
 #include "base/text.h"
 #include "net/ops.h"
 
 using namespace ravelo;
 
 namespace {
-
-constexpr const char* kVersionText = "5.05 (Ravelo, C++20 engine)";
 
 void write_message(char* mesg, const std::string& text) {
     if (!mesg) return;
@@ -29,6 +29,23 @@ std::string executable_location() {
     return path;
 }
 
+// The environment named by a handle, or the default one for NULL.
+Environment* named_environment(environ_ns* handle) {
+    return handle ? core_of<Environment>(handle) : default_environment();
+}
+
+// Deletes everything env owns and takes it out of the table of environments.
+void close_environment(Environment& env) {
+    env.life_state = kLifeClosing;  // listeners of deleted nets may not use env any more
+    while (!env.nets.empty()) delete_net(*static_cast<Net*>(env.nets.back()));
+    drop_all_reports(env);
+    env.default_generator = nullptr;
+    env.user_data.clear();
+    env.store.clear();
+    env.life_state = 0;
+    retire_environment(env);
+}
+
 }  // namespace
 
 environ_ns* NewRaveloEnviron_ns(const char* license, environ_ns* reserved, const char* options) {
@@ -36,14 +53,9 @@ environ_ns* NewRaveloEnviron_ns(const char* license, environ_ns* reserved, const
     (void)license;
     (void)reserved;
     return frame.run<environ_ns*>(nullptr, [&]() -> environ_ns* {
-        if (options && *options)
-            fail(5140,
-                 "argument 'options' must be empty or null (0) with this version of >-Ravelo, but "
-                 "it is:  %.80s",
-                 options);
+        ApiFrame::check_no_options(options);
         Environment* env = create_environment();
         if (!env) internal_failure(__FILE__, __LINE__, "NumEnvs < MAX_NUM_ENVIROS");
-        env->version_text = kVersionText;
         return handle_of(env);
     });
 }
@@ -51,46 +63,34 @@ environ_ns* NewRaveloEnviron_ns(const char* license, environ_ns* reserved, const
 int InitRavelo2_bn(environ_ns* env_handle, char* mesg) {
     ApiFrame frame("InitRavelo2_bn");
     return frame.run(-1, [&]() -> int {
-        Environment* env = env_handle ? core_of<Environment>(env_handle) : default_environment();
-        if (!env) fail_text(5100, "NULL passed for >-Enviro");
+        Environment* env = named_environment(env_handle);
+        if (!env) fail_text(kEnvironHandle.null_number, kEnvironHandle.null_text);
         ApiFrame::check(env, kEnvironHandle);
         set_current_environment(env);
-        if (env->life_state == kLifeInitialized) {
-            write_message(mesg, format("%s environment already initialized", "Ravelo"));
-            return 0;
-        }
-        if (env->life_state != kLifeCreated) {
-            write_message(mesg, format("Attempt to initialize %s environment which is already "
-                                       "partially initialized",
-                                       "Ravelo"));
-            return -2;
-        }
-        std::string banner = format("Ravelo %s\n", env->version_text.c_str());
-        banner += format("The file location of the executable running this program is:  %s%s\n",
-                         executable_location().c_str(), "");
-        env->life_state = kLifeReportsAttach;
-        env->life_state = kLifeErrorListReady;
-        env->life_state = kLifeInitialized;
-        write_message(mesg, banner);
-        return 0;
+        std::string text;
+        int result = start_environment(*env, executable_location(), text);
+        write_message(mesg, text);
+        return result;
     });
 }
 
 int CloseRavelo_bn(environ_ns* env_handle, char* mesg) {
     ApiFrame frame("CloseRavelo_bn");
     return frame.run(-1, [&]() -> int {
-        Environment* env = env_handle ? core_of<Environment>(env_handle) : default_environment();
+        Environment* env = named_environment(env_handle);
         if (!env || tag_of(env) != kEnvironType) {
             write_message(mesg, format("Attempt to close %s with an ill formed environ_ns.\n",
                                        "Ravelo"));
             return -1;
         }
+        // A listener callback runs inside a call that still uses env's objects.
+        if (is_callback_marker(current_function_text())) {
+            write_message(mesg, format("Not closing %s because user-claimed object won't close.\n",
+                                       "Ravelo"));
+            return -2;
+        }
         set_current_environment(nullptr);
-        while (!env->nets.empty()) delete_net(*static_cast<Net*>(env->nets.back()));
-        drop_all_reports(*env);
-        env->store.clear();
-        env->life_state = 0;
-        retire_environment(*env);
+        close_environment(*env);
         write_message(mesg, format("Leaving %s.\n", "Ravelo"));
         return 0;
     });
@@ -98,7 +98,7 @@ int CloseRavelo_bn(environ_ns* env_handle, char* mesg) {
 
 int GetRaveloVersion_bn(environ_ns* env, const char** version) {
     ApiFrame frame("GetRaveloVersion_bn");
-    if (version) *version = kVersionText;
+    if (version) *version = kVersionText;  // even when the environment is refused
     frame.run([&] {
         Environment& e = frame.environment(env);
         if (version) *version = e.version_text.c_str();
@@ -111,7 +111,7 @@ checking_ns ArgumentChecking_ns(checking_ns setting, environ_ns* env) {
     return frame.run(static_cast<checking_ns>(-1), [&]() -> checking_ns {
         frame.environment(env);
         int previous = checking_level();
-        int s = static_cast<int>(setting);
+        int s = raw_enum(setting);
         if (s == -1) return static_cast<checking_ns>(previous);
         if (s < 1 || s > 4)
             fail(5529, "argument 'setting' is %d, but it should be %d or between %d and %d inclusive",

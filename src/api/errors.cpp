@@ -2,6 +2,7 @@
 #include <cstdarg>
 
 #include "api/handles.h"
+#include "base/faults.h"
 #include "base/report.h"
 #include "base/text.h"
 
@@ -26,10 +27,11 @@ report_ns* NewError_ns(int number, errseverity_ns severity, errcond_ns cond, con
         Environment* env = current_environment();
         if (env) frame.use(*env);
         if (!mesg) fail(5511, "NULL passed for argument 'mesg'");
-        if (severity < NULL_ERR || severity > INTERNAL_ERR)
+        int level = raw_enum(severity);
+        if (level < NULL_ERR || level > INTERNAL_ERR)
             fail(5512, "argument 'severity' is %d, but it should be between %d and %d inclusive",
-                 static_cast<int>(severity), 0, 6);
-        return handle_of(make_report(env, number, severity, text, cond));
+                 level, 0, 6);
+        return handle_of(make_report(env, number, level, text, raw_enum(cond)));
     });
 }
 
@@ -38,7 +40,7 @@ report_ns* GetError_ns(environ_ns* env, errseverity_ns severity, const report_ns
     return frame.run<report_ns*>(nullptr, [&]() -> report_ns* {
         Environment& e = frame.environment(env);
         const Report* from = after ? &checked_report(after) : nullptr;
-        return handle_of(next_report(e, severity, from));
+        return handle_of(next_report(e, raw_enum(severity), from));
     });
 }
 
@@ -63,7 +65,7 @@ errseverity_ns ErrorSeverity_ns(const report_ns* error) {
 
 bool_ns ErrorCategory_ns(errcond_ns cond, const report_ns* error) {
     ApiFrame frame("ErrorCategory_ns");
-    return frame.run(0, [&]() -> bool_ns { return (checked_report(error).conditions & cond) != 0; });
+    return frame.run(0, [&]() -> bool_ns { return (checked_report(error).conditions & raw_enum(cond)) != 0; });
 }
 
 void ClearError_ns(report_ns* error) {
@@ -73,5 +75,18 @@ void ClearError_ns(report_ns* error) {
 
 void ClearErrors_ns(environ_ns* env, errseverity_ns severity) {
     ApiFrame frame("ClearErrors_ns");
-    frame.run([&] { clear_reports(frame.environment(env), severity); });
+    frame.run([&] { clear_reports(frame.environment(env), raw_enum(severity)); });
+}
+
+int TestFaultRecovery_ns(environ_ns* env, int test_num) {
+    ApiFrame frame("TestFaultRecovery_ns");
+    return frame.run(-1, [&]() -> int {
+        frame.environment(env);
+        int kind = fault_test_kind(test_num);
+        if (kind != 1) return kind;
+        // The parameter report stands for argument checking, which level 1 turns off.
+        if (test_num == 1 && checking_level() < QuickCheck) return 0;
+        ApiFrame::guard([&] { provoke_fault(test_num); });
+        return 1;
+    });
 }

@@ -93,10 +93,7 @@ void SetNodeInputName_bn(node_bn* node, int input_index, const char* name) {
             n.input_names[k].clear();
             return;
         }
-        std::string problem = name_problem(name);
-        for (size_t i = 0; problem.empty() && i < n.input_names.size(); ++i)
-            if (i != k && n.input_names[i] == name)
-                problem = format("is already the name of link %d", static_cast<int>(i));
+        std::string problem = input_name_problem(n, static_cast<int>(k), name);
         if (!problem.empty())
             fail(3261, "can't change the name of link %d of >-node %s to '%.80s', because that %s",
                  input_index, n.name.c_str(), name, problem.c_str());

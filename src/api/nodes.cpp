@@ -1,4 +1,6 @@
 // Nodes family (states and levels are beside it in states.cpp).
+#include <cstring>
+
 #include "api/node_args.h"
 #include "api/userfields.h"
 #include "net/copy.h"
@@ -84,9 +86,12 @@ nodekind_bn GetNodeKind_bn(const node_bn* node) {
     });
 }
 
-void SetNodeKind_bn(node_bn* node, nodekind_bn kind) {
+void SetNodeKind_bn(node_bn* node, nodekind_bn kind_arg) {
     ApiFrame frame("SetNodeKind_bn");
     frame.run([&] {
+        // A C caller may pass any int; read it without trusting the enum's range.
+        int kind;
+        std::memcpy(&kind, &kind_arg, sizeof kind);
         Node& n = checked_connected_node(frame, node);
         const char* name = n.name.c_str();
         if (kind == DISCONNECTED_NODE)
@@ -99,7 +104,7 @@ void SetNodeKind_bn(node_bn* node, nodekind_bn kind) {
                  name);
         if (kind < NATURE_NODE || kind > UTILITY_NODE)
             fail(3243, "argument 'kind' passed for >-Bnode '%s' is %d, which is not a legal >-NodeKindEN",
-                 name, static_cast<int>(kind));
+                 name, kind);
         if (kind == UTILITY_NODE && n.is_discrete() && n.levels.empty())
             fail(3254, "can't make >-node '%s' >-discrete, because it is a >-utility_node and has no "
                        "discretization thresholds defined",

@@ -24,7 +24,12 @@ bool g_memory_limit_set = false;
 }  // namespace
 
 void ObjectStore::clear() {
-    while (!objects_.empty()) objects_.pop_back();
+    std::vector<std::shared_ptr<void>> doomed;
+    {
+        std::lock_guard<std::mutex> guard(mutex_);
+        doomed.swap(objects_);
+    }
+    while (!doomed.empty()) doomed.pop_back();
 }
 
 Environment* create_environment() {
@@ -32,6 +37,7 @@ Environment* create_environment() {
     if (static_cast<int>(t.live.size()) >= kMaxEnvironments) return nullptr;
     t.all.push_back(std::make_unique<Environment>());
     Environment* env = t.all.back().get();
+    env->version_text = kVersionText;
     t.live.push_back(env);
     return env;
 }

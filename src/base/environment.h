@@ -18,8 +18,10 @@ constexpr int kMaxEnvironments = 100;
 constexpr int kLifeCreated = 1;
 constexpr int kLifeReportsAttach = 25;
 constexpr int kLifeErrorListReady = 27;
+constexpr int kLifeClosing = 30;
 constexpr int kLifeInitialized = 40;
 constexpr int kVersionNumber = 505;
+constexpr const char* kVersionText = "5.05 (C++20, 64-bit)";
 
 // Owns the storage of every handle object of an environment.  A deleted
 // object keeps its storage (its tag dead, its contents released) until the
@@ -29,13 +31,18 @@ public:
     template <class T, class... Args>
     T* make(Args&&... args) {
         auto object = std::make_shared<T>(std::forward<Args>(args)...);
+        std::lock_guard<std::mutex> guard(mutex_);
         objects_.push_back(object);
         return object.get();
     }
     void clear();  // frees everything, newest first
-    size_t size() const { return objects_.size(); }
+    size_t size() const {
+        std::lock_guard<std::mutex> guard(mutex_);
+        return objects_.size();
+    }
 
 private:
+    mutable std::mutex mutex_;  // worker threads of one call may make reports at once
     std::vector<std::shared_ptr<void>> objects_;
 };
 

@@ -14,8 +14,9 @@ Report* make_formatted(int number, int severity, const char* fmt, va_list args) 
 
 std::string base_name(const char* path) {
     const char* slash = std::strrchr(path, '/');
-    std::string name = slash ? slash + 1 : path;
-    size_t dot = name.find('.');
+    const char* backslash = std::strrchr(slash ? slash : path, '\\');
+    std::string name = backslash ? backslash + 1 : slash ? slash + 1 : path;
+    size_t dot = name.rfind('.');
     if (dot != std::string::npos) name.resize(dot);
     return name;
 }
@@ -70,8 +71,20 @@ void fail_out_of_memory(int number, const std::string& what, double bytes) {
 }
 
 void internal_failure(const char* file, int line, const char* condition) {
-    std::string text = format("%s-%d (%s).", base_name(file).c_str(), line, condition);
-    throw Failure{make_report(nullptr, 2600, kInternalError, text)};
+    // A check that fails while its own report is being made must not recurse.
+    thread_local bool reporting = false;
+    if (reporting) throw Failure{critical_report()};
+    reporting = true;
+    Report* r;
+    try {
+        r = make_report(nullptr, kAssertionNumber, kInternalError,
+                        format("%s-%d (%s).", base_name(file).c_str(), line, condition));
+    } catch (...) {
+        reporting = false;
+        throw;
+    }
+    reporting = false;
+    throw Failure{r};
 }
 
 }  // namespace ravelo

@@ -27,6 +27,8 @@ Report* notice(int number, const char* fmt, ...) __attribute__((format(printf, 2
 Report* out_of_memory_report(int number, const std::string& what, double bytes = -1);
 [[noreturn]] void fail_out_of_memory(int number, const std::string& what, double bytes = -1);
 
+constexpr int kAssertionNumber = 2600;
+
 // Reports "<file>-<line> (<condition>)." as an internal error and throws.
 [[noreturn]] void internal_failure(const char* file, int line, const char* condition);
 

@@ -1,6 +1,11 @@
 #include "base/frame.h"
 
+#include <memory>
 #include <mutex>
+
+#if defined(__x86_64__) || defined(__i386__)
+#include <fpu_control.h>
+#endif
 
 #include "base/text.h"
 #include "base/thread_state.h"
@@ -39,7 +44,64 @@ void unlock_api() {
     if (l.type_code() == kLockType) l.mutex.unlock();
 }
 
+// Every exception masked (denormal included), 53-bit precision, round to nearest.
+void set_engine_float_state() {
+    std::feclearexcept(FE_ALL_EXCEPT);
+    std::fesetround(FE_TONEAREST);
+#if defined(__GLIBC__)
+    fedisableexcept(FE_ALL_EXCEPT);
+#endif
+#if defined(__x86_64__) || defined(__i386__)
+    fpu_control_t cw;
+    _FPU_GETCW(cw);
+    cw = static_cast<fpu_control_t>((cw & ~(_FPU_EXTENDED | _FPU_RC_ZERO)) | _FPU_DOUBLE |
+                                    _FPU_RC_NEAREST | 0x3F);
+    _FPU_SETCW(cw);
+#endif
+}
+
+constexpr std::size_t kReserveSize = 64 * 1024;
+
+struct MemoryReserve {
+    std::mutex mutex;
+    void* block = nullptr;
+    void* (*source)(std::size_t) = nullptr;
+};
+
+MemoryReserve& reserve() {
+    static MemoryReserve r;
+    return r;
+}
+
+void* take_from_heap(std::size_t size) { return ::operator new(size, std::nothrow); }
+
+// The name a function goes by after the colon of a callback marker.
+std::string inside_callback(const std::string& marker, const char* function) {
+    size_t colon = marker.find(": ");
+    return marker.substr(0, colon == std::string::npos ? marker.size() : colon + 2) + function;
+}
+
 }  // namespace
+
+bool memory_reserve_ready() {
+    MemoryReserve& r = reserve();
+    std::lock_guard<std::mutex> guard(r.mutex);
+    if (!r.block) r.block = (r.source ? r.source : take_from_heap)(kReserveSize);
+    return r.block != nullptr;
+}
+
+void spend_memory_reserve() {
+    MemoryReserve& r = reserve();
+    std::lock_guard<std::mutex> guard(r.mutex);
+    ::operator delete(r.block);
+    r.block = nullptr;
+}
+
+void set_memory_reserve_source(void* (*source)(std::size_t)) {
+    MemoryReserve& r = reserve();
+    std::lock_guard<std::mutex> guard(r.mutex);
+    r.source = source;
+}
 
 std::string& current_function_text() {
     thread_local std::string text;
@@ -50,27 +112,23 @@ bool is_callback_marker(const std::string& text) { return text.rfind("Callback",
 
 ApiFrame::ApiFrame(const char* function) : function_(function) {
     lock_api();
-    std::fegetenv(&saved_fenv_);
     std::feclearexcept(FE_ALL_EXCEPT);
-    std::fesetround(FE_TONEAREST);
-#if defined(__GLIBC__)
-    fedisableexcept(FE_ALL_EXCEPT);
-#endif
+    std::fegetenv(&saved_fenv_);
+    set_engine_float_state();
     saved_environment_ = current_environment();
     std::string& current = current_function_text();
     saved_function_ = current;
     if (current.empty()) {
         current = function;
     } else if (is_callback_marker(current)) {
-        size_t colon = current.find(':');
-        current = current.substr(0, colon == std::string::npos ? current.size() : colon + 1) + " " +
-                  function;
+        current = inside_callback(current, function);
     } else {
-        std::string previous = current;
-        make_report(nullptr, kReentryNumber, kError,
-                    format("Thread is calling a >-Ravelo API function >-%s before the previous "
-                           "one >-%s is finished.",
-                           function, previous.c_str()));
+        guard([&] {
+            make_report(nullptr, kReentryNumber, kError,
+                        format("Thread is calling a >-Ravelo API function >-%s before the "
+                               "previous one >-%s is finished.",
+                               function, current.c_str()));
+        });
         current = function;
     }
 }
@@ -86,7 +144,6 @@ ApiFrame::~ApiFrame() {
 void ApiFrame::check(const void* handle, const HandleKind& kind, const char* argument) {
     std::string prefix = argument ? format("in argument '%s', ", argument) : std::string();
     if (!handle) fail_text(kind.null_number, prefix + kind.null_text);
-    if (checking_level() < 2) return;
     std::uint16_t tag = tag_of(handle);
     if ((tag & kTypeMask) == kind.type) return;
     if (tag == kDeadTag && kind.deleted_number)
@@ -94,36 +151,57 @@ void ApiFrame::check(const void* handle, const HandleKind& kind, const char* arg
     fail_text(kind.damaged_number, prefix + kind.damaged_text);
 }
 
+void ApiFrame::check_no_options(const char* options) {
+    if (options && *options)
+        fail(5140,
+             "argument 'options' must be empty or null (0) with this version of >-Ravelo, but it "
+             "is:  %.80s",
+             options);
+}
+
 Environment& ApiFrame::environment(environ_ns* handle) {
     const void* env = handle ? static_cast<const void*>(handle) : default_environment();
     if (!env) fail_text(kEnvironHandle.null_number, kEnvironHandle.null_text);
-    if (checking_level() >= 2) check(env, kEnvironHandle);
+    check(env, kEnvironHandle);
     Environment* e = core_of<Environment>(env);
     use(*e);
     return *e;
 }
 
 void ApiFrame::use(Environment& env) {
-    set_current_environment(&env);
-    if (checking_level() >= 2 && env.life_state != kLifeInitialized)
+    // Refused before it becomes the current one, so that the report goes
+    // where the caller can still read it.
+    if (env.life_state != kLifeInitialized)
         fail(5101, "This function was called before Ravelo finished initialization, or while it "
                    "was closing");
+    set_current_environment(&env);
+    if (!memory_reserve_ready())
+        fail_out_of_memory(kCannotStartNumber, format("left to even start function >-%s", function_));
 }
 
-void ApiFrame::absorb(std::exception_ptr failure) {
+Report* ApiFrame::report_of(std::exception_ptr failure) {
+    // Making the report may itself fail; nothing may leave the frame.
     try {
-        std::rethrow_exception(failure);
-    } catch (const Failure&) {
-        // Its report is made already.
-    } catch (const std::bad_alloc&) {
-        out_of_memory_report(5134, format("to finish function >-%s",
-                                          current_function_text().c_str()));
-    } catch (const std::exception& e) {
-        make_report(nullptr, kUnhandledLibraryNumber, kInternalError,
-                    format("unhandled standard library error: %s", e.what()));
+        try {
+            std::rethrow_exception(failure);
+        } catch (const Failure& f) {
+            return f.report;
+        } catch (const std::bad_alloc&) {
+            spend_memory_reserve();
+            std::string name = current_function_text();
+            size_t colon = name.find(": ");
+            if (is_callback_marker(name) && colon != std::string::npos) name = name.substr(colon + 2);
+            return out_of_memory_report(kCannotFinishNumber,
+                                        format("to finish function >-%s", name.c_str()));
+        } catch (const std::exception& e) {
+            return make_report(nullptr, kUnhandledLibraryNumber, kInternalError,
+                               format("unhandled standard library error: %s", e.what()));
+        } catch (...) {
+            return make_report(nullptr, kUnhandledSystemNumber, kInternalError,
+                               "unhandled system-level error");
+        }
     } catch (...) {
-        make_report(nullptr, kUnhandledSystemNumber, kInternalError,
-                    "unhandled system-level error");
+        return nullptr;
     }
 }
 

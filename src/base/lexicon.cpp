@@ -126,7 +126,7 @@ std::string lookup_term(std::string_view term, int language) {
     if (term.size() > static_cast<size_t>(kMaxTermLength)) term = term.substr(0, kMaxTermLength);
     if (term == "Ravelo" || term == "Tolvek") return std::string(term);
     const char* text = find(language, term);
-    if (language == 2 && !text) text = find(3, term);
+    if (language == 2 && !(text && *text)) text = find(3, term);
     if (text && *text) return text;
     const char* plain = find(0, term);
     if (plain && *plain) return plain;

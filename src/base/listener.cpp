@@ -1,5 +1,7 @@
 #include "base/listener.h"
 
+#include <exception>
+
 #include "base/failure.h"
 #include "base/text.h"
 #include "base/thread_state.h"
@@ -19,7 +21,11 @@ int run_listener(const char* object_term, const std::string& object_name, int ev
                  const std::function<int()>& call) {
     std::string& current = current_function_text();
     std::string saved = current;
-    current = format("Callback of %s: ", saved.c_str());
+    // A callback inside a callback is marked with the function actually running.
+    std::string function = saved;
+    if (is_callback_marker(saved) && saved.find(": ") != std::string::npos)
+        function = saved.substr(saved.find(": ") + 2);
+    current = format("Callback of %s: ", function.c_str());
     int result;
     std::string thrown;
     try {
@@ -27,6 +33,9 @@ int run_listener(const char* object_term, const std::string& object_name, int ev
     } catch (const Failure& f) {
         thrown = f.report ? f.report->message : std::string();
         clear_report(f.report);
+        result = -1002;
+    } catch (const std::exception& e) {
+        thrown = e.what();
         result = -1002;
     } catch (...) {
         result = -1002;

@@ -39,8 +39,15 @@ StockReports& stock() {
     return s;
 }
 
-std::mutex g_fatal_lock;
+// Guards every report tree and group table: worker threads of one interface
+// call may report at the same time.
+std::recursive_mutex g_reports;
+
+std::recursive_mutex g_fatal_lock;
 bool g_in_fatal = false;
+
+thread_local long t_attempted = 0;
+thread_local std::vector<Report*> t_open_groups;
 
 std::string truncated(std::string text) {
     if (text.size() > static_cast<size_t>(kMaxMessageLength)) text.resize(kMaxMessageLength);
@@ -48,17 +55,15 @@ std::string truncated(std::string text) {
 }
 
 // With no environment to hold it, the report is shown on the error stream.
-Report* report_without_environment(int number, int severity, const std::string& message) {
-    std::unique_lock<std::mutex> guard(g_fatal_lock, std::try_to_lock);
+Report* report_without_environment(int number, const std::string& message) {
+    std::lock_guard<std::recursive_mutex> guard(g_fatal_lock);
     Report* critical = &stock().critical;
-    if (!guard.owns_lock() || g_in_fatal) return critical;
+    if (g_in_fatal) return critical;
     g_in_fatal = true;
     std::fputc('\a', stderr);
     std::fprintf(stderr, "\n*********\n%s Error %d:\n%s\n*********\n", "Ravelo",
                  number < 0 ? -number : number, message.c_str());
     std::fflush(stderr);
-    critical->message = message;
-    (void)severity;
     g_in_fatal = false;
     return critical;
 }
@@ -76,16 +81,23 @@ Report* root_group(Environment& env) {
     return group;
 }
 
+Report* root_of(Report* r) {
+    while (r->group && r->group != r) r = r->group;
+    return r;
+}
+
+// The innermost group the thread has open in env, else its root group.
+Report* group_for(Environment& env) {
+    for (auto it = t_open_groups.rbegin(); it != t_open_groups.rend(); ++it)
+        if ((*it)->type_code() == kReportType && (*it)->env == &env) return *it;
+    return root_group(env);
+}
+
 Report* throttled(Report* group, int severity, int limit) {
     int held = group->held;
     if (severity >= kError) return held >= limit ? &stock().errors : nullptr;
     if (severity == kWarning) return held >= limit * 3 / 4 ? &stock().warnings : nullptr;
     return held >= limit / 2 ? &stock().lesser : nullptr;
-}
-
-Report* root_of(Report* r) {
-    while (r->group && r->group != r) r = r->group;
-    return r;
 }
 
 void forget_group_if_empty(Report* group) {
@@ -128,18 +140,23 @@ bool is_stock_report(const Report* r) {
     return r == &s.critical || r == &s.errors || r == &s.warnings || r == &s.lesser;
 }
 
+long reports_attempted() { return t_attempted; }
+
 Report* make_report(Environment* env, int number, int severity, const std::string& message,
                     int conditions) {
+    ++t_attempted;
     if (!env) env = current_environment();
     int stored = number > 0 ? -number : number;
-    int language = env && env->type_code() == kEnvironType ? env->language : kProceduralLanguage;
-    std::string text = truncated(substitute_terms(message, language));
-    if (!env || env->type_code() != kEnvironType || env->life_state < kLifeReportsAttach)
-        return report_without_environment(stored, severity, text);
+    bool usable = env && env->type_code() == kEnvironType;
+    std::string text = truncated(substitute_terms(message, usable ? env->language : kProceduralLanguage));
+    if (!usable || env->life_state < kLifeReportsAttach)
+        return report_without_environment(stored, text);
 
-    Report* group = root_group(*env);
-    if (Report* stock_report = throttled(group, severity, env->report_limit)) return stock_report;
-    ++group->held;
+    std::lock_guard<std::recursive_mutex> guard(g_reports);
+    Report* group = group_for(*env);
+    Report* root = root_of(group);
+    if (Report* stock_report = throttled(root, severity, env->report_limit)) return stock_report;
+    ++root->held;
 
     Report* r = env->store.make<Report>();
     r->env = env;
@@ -160,6 +177,7 @@ Report* make_report(Environment* env, int number, int severity, const std::strin
 }
 
 void clear_report(Report* report) {
+    std::lock_guard<std::recursive_mutex> guard(g_reports);
     if (!report || report->is_static() || report->type_code() != kReportType) return;
     Report* root = root_of(report);
     if (report == root) {
@@ -175,8 +193,17 @@ void clear_report(Report* report) {
 }
 
 void clear_reports(Environment& env, int severity) {
+    std::lock_guard<std::recursive_mutex> guard(g_reports);
+    std::vector<std::thread::id> threads;
+    for (auto& [id, group] : env.report_groups) threads.push_back(id);
+    for (std::thread::id id : threads) clear_reports(env, severity, id);
+}
+
+void clear_reports(Environment& env, int severity, std::thread::id thread) {
+    std::lock_guard<std::recursive_mutex> guard(g_reports);
     std::vector<Report*> roots;
-    for (auto& [id, group] : env.report_groups) roots.push_back(group);
+    auto found = env.report_groups.find(thread);
+    if (found != env.report_groups.end()) roots.push_back(found->second);
     for (Report* root : roots) {
         std::vector<Report*> all;
         collect(root, all);
@@ -188,6 +215,7 @@ void clear_reports(Environment& env, int severity) {
 }
 
 Report* next_report(Environment& env, int severity, const Report* after) {
+    std::lock_guard<std::recursive_mutex> guard(g_reports);
     auto it = env.report_groups.find(std::this_thread::get_id());
     if (it == env.report_groups.end()) return nullptr;
     std::vector<Report*> all;
@@ -204,6 +232,7 @@ Report* next_report(Environment& env, int severity, const Report* after) {
 }
 
 void drop_all_reports(Environment& env) {
+    std::lock_guard<std::recursive_mutex> guard(g_reports);
     for (auto& [id, group] : env.report_groups) {
         std::vector<Report*> all;
         collect(group, all);
@@ -211,6 +240,19 @@ void drop_all_reports(Environment& env) {
         group->kill();
     }
     env.report_groups.clear();
+}
+
+ReportGroup::ReportGroup(int number, int severity, const std::string& message)
+    : report_(make_report(nullptr, number, severity, message)) {
+    if (is_stock_report(report_)) return;
+    t_open_groups.push_back(report_);
+    open_ = true;
+}
+
+ReportGroup::~ReportGroup() {
+    if (!open_) return;
+    auto it = std::find(t_open_groups.begin(), t_open_groups.end(), report_);
+    if (it != t_open_groups.end()) t_open_groups.erase(it);
 }
 
 }  // namespace ravelo

@@ -71,9 +71,11 @@ Net* build(Environment& env, const ForeignNet& from, const ReadPlace& place, Net
         if (by_foreign.count(f.name))
             read_failure(place, f.line,
                          format("more than one %s with the name '%s'", "node", f.name.c_str()));
-        if (f.states.empty())
+        bool utility = f.kind == NodeKind::Utility;
+        if (f.states.empty() && !utility)
             read_failure(place, f.line, format(">-node '%s' has no states", f.name.c_str()));
         Node* node = create_node(net, node_names.legal(f.name), static_cast<int>(f.states.size()));
+        node->kind = f.kind;
         if (node->name != f.name) node->title = f.name;
         fill_node(net, *node, f);
         by_foreign[f.name] = node;
@@ -88,8 +90,15 @@ Net* build(Environment& env, const ForeignNet& from, const ReadPlace& place, Net
         }
     }
     for (const ForeignNode& f : from.nodes) {
-        if (f.cpt.empty()) continue;
         Node& node = *by_foreign[f.name];
+        if (!f.utilities.empty()) {
+            if (static_cast<double>(f.utilities.size()) != table_rows(node))
+                read_failure(place, f.table_line ? f.table_line : f.line,
+                             format("utility table of >-node '%s' has %zu entries, but there should be %.0f",
+                                    f.name.c_str(), f.utilities.size(), table_rows(node)));
+            node.func_reals = f.utilities;
+        }
+        if (f.cpt.empty()) continue;
         if (static_cast<double>(f.cpt.size()) != table_rows(node) * node.num_states())
             read_failure(place, f.line,
                          format("table of >-node '%s' has %zu entries, but there should be %.0f",
@@ -135,7 +144,9 @@ ForeignNet describe_net(const Net& net) {
             f.states.push_back(foreign_name(s.name.empty() ? format("s%zu", f.states.size()) : s.name,
                                             s.title));
         for (const Node* p : node->parents.nodes) f.parents.push_back(foreign_name(p->name, p->title));
+        f.kind = node->kind;
         f.cpt = node->cpt;
+        f.utilities = node->func_reals;
         f.has_position = node->has_position;
         f.x = node->vis_x;
         f.y = node->vis_y;

@@ -18,7 +18,9 @@ struct ForeignNode {
     std::string title, comment;
     std::vector<std::string> states;
     std::vector<std::string> parents;
-    std::vector<float> cpt;  // empty: no table given
+    NodeKind kind = NodeKind::Nature;
+    std::vector<float> cpt;         // empty: no table given
+    std::vector<double> utilities;  // a utility node's value per parent condition
     bool has_position = false;
     double x = 0, y = 0;
     std::vector<std::pair<std::string, std::string>> fields;  // other properties

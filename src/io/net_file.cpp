@@ -4,6 +4,9 @@
 #include "io/bif.h"
 #include "io/dne.h"
 #include "io/foreign_net.h"
+#include "io/hugin.h"
+#include "io/uai.h"
+#include "io/xml_formats.h"
 
 namespace ravelo {
 
@@ -22,18 +25,25 @@ namespace {
 ForeignNet read_foreign(NetFormat format, std::string_view text, const ReadPlace& place) {
     switch (format) {
         case NetFormat::Bif: return read_bif(text, place);
-        default: break;
+        case NetFormat::XmlBif: return read_xmlbif(text, place);
+        case NetFormat::Hugin: return read_hugin(text, place);
+        case NetFormat::Uai: return read_uai(text, place);
+        case NetFormat::Xdsl: return read_xdsl(text, place);
+        case NetFormat::Text: break;
     }
-    fail(3403, "reading net files of this kind ('%s') is not available",
-         place.file.c_str());
+    RAVELO_ASSERT(false);
+    return {};
 }
 
 std::string write_foreign(NetFormat format, const ForeignNet& net, const std::string& name) {
     switch (format) {
         case NetFormat::Bif: return write_bif(net);
+        case NetFormat::XmlBif: return write_xmlbif(net);
+        case NetFormat::Hugin: return write_hugin(net);
+        case NetFormat::Uai: return write_uai(net);
         default: break;
     }
-    fail(3404, "writing net files of this kind ('%s') is not available", name.c_str());
+    fail(3404, "can't write net file '%s', because nets are not written in that format", name.c_str());
 }
 
 }  // namespace
@@ -42,8 +52,14 @@ Net* read_net(Environment& env, const Stream& stream, int control) {
     std::string text = read_stream_text(stream);
     ReadPlace place{stream.name};
     NetFormat format = format_of(stream.name);
-    Net* net = format == NetFormat::Text ? read_dne(env, text, place, control)
-                                         : build_net(env, read_foreign(format, text, place), place);
+    Net* net = nullptr;
+    if (format == NetFormat::Text) {
+        net = read_dne(env, text, place, control);
+    } else {
+        ForeignNet description = read_foreign(format, text, place);
+        if (description.name.empty()) description.name = base_name_of(stream.name);
+        net = build_net(env, description, place);
+    }
     net->file_name = stream.name;
     return net;
 }

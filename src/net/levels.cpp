@@ -67,7 +67,60 @@ void set_thresholds(Node& node, int num, const double* levels) {
     if (old != num) remap_own_states(node, old_of_new, kMissingProb);
 }
 
+void refuse_level(const Node& node, int state, const std::string& reason) {
+    fail(3272, "couldn't change discretization threshold or state value of state %d of >-node %s, because %s",
+         state, node.name.c_str(), reason.c_str());
+}
+
 }  // namespace
+
+void set_level(Node& node, int state, double level) {
+    if (state < 0) refuse_level(node, state, "state can't be negative");
+    const bool continuous = node.type == NodeType::Continuous;
+    const int last = continuous ? static_cast<int>(node.levels.size()) - 1 : node.num_states() - 1;
+    if (state > last || node.levels.empty()) refuse_level(node, state, "it doesn't have that many states");
+    double low = 0, high = 0;
+    if (continuous && func_real_range(node, low, high)) {
+        if (state == 0 && level > low)
+            refuse_level(node, state,
+                         format("new level (%.30g) is more than the lowest value of the >-node's continuous "
+                                ">-functable (%.30g)",
+                                level, low));
+        if (state == last && level < high)
+            refuse_level(node, state,
+                         format("new level (%.30g) is less than the highest value of the >-node's continuous "
+                                ">-functable (%.30g)",
+                                level, high));
+    }
+    if (continuous) {
+        std::vector<double> levels = node.levels;
+        levels[static_cast<std::size_t>(state)] = level;
+        check_thresholds(node, last, levels.data());
+    }
+    node.levels[static_cast<std::size_t>(state)] = level;
+    discard_compiled(*node.net);
+}
+
+void discretize_function_table(Node& node) {
+    if (node.func_reals.empty() || node.levels.size() < 2) return;
+    const int count = node.num_states();
+    bool outside = false;
+    std::vector<int> states(node.func_reals.size(), kUndefState);
+    for (std::size_t r = 0; r < states.size(); ++r) {
+        const double v = node.func_reals[r];
+        if (is_undef(v)) continue;
+        if (v < node.levels.front() || v > node.levels.back()) {
+            outside = true;
+            continue;
+        }
+        int s = 0;
+        while (s < count - 1 && v >= node.levels[static_cast<std::size_t>(s) + 1]) ++s;
+        states[r] = s;
+    }
+    node.func_states = std::move(states);
+    node_tables_changed(node);
+    if (outside) warning(3273, "some values of the deterministic table were outside the range of the discretization");
+}
 
 void set_levels(Node& node, int num, const double* levels) {
     const char* name = node.name.c_str();

@@ -29,5 +29,11 @@ void reorder_states(Node& node, const int* new_order);
 // states follow them), or one value per state of a discrete node; -1
 // removes them.
 void set_levels(Node& node, int num_states, const double* levels);
+// Changes one threshold (continuous node, 0 to its number of states) or one
+// state value (discrete node).
+void set_level(Node& node, int state, double level);
+// Turns a continuous function table into a discrete one over the node's
+// intervals; values outside them become undefined, with a warning.
+void discretize_function_table(Node& node);
 
 }  // namespace ravelo

@@ -4,6 +4,9 @@
 #include <unordered_set>
 
 #include "base/failure.h"
+#include "base/text.h"
+#include "net/names.h"
+#include "net/states.h"
 #include "net/listeners.h"
 #include "net/ops.h"
 
@@ -112,6 +115,39 @@ Node* disconnect_parent(Node& child, int link_index) {
     Node* stand_in = create_disconnected_like(net, parent, unique_node_name(net, parent.name));
     replace_parent(child, link_index, *stand_in);
     return stand_in;
+}
+
+std::string input_name_problem(const Node& child, int k, const char* name) {
+    std::string problem = name_problem(name);
+    for (std::size_t i = 0; problem.empty() && i < child.input_names.size(); ++i)
+        if (static_cast<int>(i) != k && child.input_names[i] == name)
+            problem = format("is already the name of link %d", static_cast<int>(i));
+    return problem;
+}
+
+void set_input_names(Node& child, const char* text) {
+    std::vector<std::string> names = split_state_names(text);
+    const int links = static_cast<int>(child.parents.nodes.size());
+    if (text) {
+        std::string problem;
+        for (std::size_t i = 0; problem.empty() && i < names.size(); ++i) {
+            problem = name_problem(names[i].c_str());
+            for (std::size_t j = 0; problem.empty() && j < i; ++j)
+                if (names[j] == names[i]) problem = format("name '%s' appears twice", names[i].c_str());
+        }
+        if (problem.empty() && static_cast<int>(names.size()) != links)
+            problem = format("list has %d names, but the >-node has %d links", static_cast<int>(names.size()), links);
+        if (!problem.empty())
+            fail(3274, "couldn't change the link names of >-node '%s', because new %s", child.name.c_str(),
+                 problem.c_str());
+    }
+    for (int i = 0; i < links; ++i)
+        child.input_names[static_cast<std::size_t>(i)] = text ? names[static_cast<std::size_t>(i)] : "";
+}
+
+void check_link_name(const char* name) {
+    std::string problem = name_problem(name);
+    if (!problem.empty()) fail(3275, "'%s' cannot be a link name, because it %s", name ? name : "", problem.c_str());
 }
 
 }  // namespace ravelo

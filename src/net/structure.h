@@ -34,4 +34,13 @@ void delete_node_keeping_children(Node& node);
 // the parent takes its place, keeping the link and its input name.
 Node* disconnect_parent(Node& child, int link_index);
 
+// Why name can't be the input name of link k of child (legal, and no other
+// link of child has it), or empty when it can.
+std::string input_name_problem(const Node& child, int k, const char* name);
+// Names every parent link of child at once from a list separated by commas
+// or white space (NULL removes them all).
+void set_input_names(Node& child, const char* names);
+// Fails unless name may be a link name, as the net file reader words it.
+void check_link_name(const char* name);
+
 }  // namespace ravelo

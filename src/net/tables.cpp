@@ -175,6 +175,23 @@ void set_whole_cpt(Node& node, const std::vector<float>& cpt) {
     node_tables_changed(node);
 }
 
+void set_whole_func_states(Node& node, const std::vector<int>& states) {
+    check_can_have_functable(node, true);
+    const std::size_t expected = rows_of(node);
+    std::string problem;
+    if (states.size() != expected)
+        problem = format("table has %d entries, but the >-node has %d parent conditions",
+                         static_cast<int>(states.size()), static_cast<int>(expected));
+    for (std::size_t r = 0; problem.empty() && r < states.size(); ++r)
+        if (states[r] != kUndefState && (states[r] < 0 || states[r] >= node.num_states()))
+            problem = format("entry %d (%d) isn't a state of the >-node", static_cast<int>(r), states[r]);
+    if (!problem.empty())
+        fail(3092, "couldn't change the >-functable of >-node '%s', because new %s", node.name.c_str(),
+             problem.c_str());
+    node.func_states = states;
+    node_tables_changed(node);
+}
+
 const float* cpt_row(Node& node, const int* ps) {
     const std::size_t r = condition_row(node, ps);
     const std::size_t m = static_cast<std::size_t>(node.num_states());

@@ -39,6 +39,9 @@ std::string condition_text(const Node& node, const int* parent_states);
 void set_cpt_rows(Node& node, const int* parent_states, const float* probs, bool checking);
 // Replaces the whole CPT at once (length rows x states), each row checked.
 void set_whole_cpt(Node& node, const std::vector<float>& cpt);
+// Replaces the whole discrete function table at once (one state per row,
+// UNDEF_STATE for rows yet to be filled).
+void set_whole_func_states(Node& node, const std::vector<int>& states);
 // The CPT row of a condition; for a node with only a discrete function
 // table, the 0/1 row the function gives.
 const float* cpt_row(Node& node, const int* parent_states);

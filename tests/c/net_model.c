@@ -56,6 +56,11 @@ int main(void) {
     EXPECT(last_number(env) == 3072);
     EXPECT(GetNodeProbs_bn(cancer, yes)[1] == 0.1f);
 
+    SetNodeKind_bn(xray, (nodekind_bn)99);
+    EXPECT(last_number(env) == 3243);
+    SetNodeKind_bn(xray, DECISION_NODE);
+    EXPECT(GetNodeKind_bn(xray) == DECISION_NODE);
+
     const nodelist_bn* nodes = GetNetNodes2_bn(net, NULL);
     EXPECT(LengthNodeList_bn(nodes) == 3);
     EXPECT(NthNode_bn(nodes, 1) == cancer);

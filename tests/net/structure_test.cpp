@@ -1,44 +1,21 @@
 // Core structural rules that have no interface function of their own.
-#include <gtest/gtest.h>
-
-#include "base/environment.h"
-#include "base/failure.h"
-#include "base/report.h"
+#include "core_fixture.h"
 #include "net/nodesets.h"
-#include "net/ops.h"
 #include "net/structure.h"
 
 namespace ravelo {
 namespace {
 
-class StructureTest : public ::testing::Test {
+class StructureTest : public CoreTest {
 protected:
     void SetUp() override {
-        env = create_environment();
-        env->life_state = kLifeInitialized;
-        set_current_environment(env);
-        net = create_net(*env, "N");
+        CoreTest::SetUp();
         a = create_node(*net, "a", 2);
         b = create_node(*net, "b", 2);
         c = create_node(*net, "c", 2);
         connect(*a, *b);
         connect(*b, *c);
     }
-    void TearDown() override {
-        drop_all_reports(*env);
-        env->store.clear();
-        retire_environment(*env);
-    }
-    std::string failure_of(const std::function<void()>& f) {
-        try {
-            f();
-        } catch (const Failure& e) {
-            return e.report->message;
-        }
-        return "";
-    }
-    Environment* env = nullptr;
-    Net* net = nullptr;
     Node *a, *b, *c;
 };
 
@@ -90,6 +67,25 @@ TEST_F(StructureTest, NodeSets) {
     EXPECT_TRUE(find_node_set(*net, "Other")->members.empty());
     EXPECT_TRUE(remove_from_node_set(*net, "Group", *a));
     EXPECT_FALSE(remove_from_node_set(*net, "Group", *a));
+}
+
+TEST_F(StructureTest, LinkNamesAllAtOnce) {
+    Node* d = create_node(*net, "d", 2);
+    connect(*a, *d);
+    connect(*c, *d);
+    set_input_names(*d, "first, second");
+    EXPECT_EQ(d->input_names, (std::vector<std::string>{"first", "second"}));
+    EXPECT_EQ(failure_of([&] { set_input_names(*d, "one"); }),
+              "couldn't change the link names of node 'd', because new list has 1 names, but the node has 2 links");
+    EXPECT_EQ(failure_of([&] { set_input_names(*d, "x x"); }),
+              "couldn't change the link names of node 'd', because new name 'x' appears twice");
+    EXPECT_EQ(d->input_names[0], "first");
+    EXPECT_EQ(input_name_problem(*d, 0, "second"), "is already the name of link 1");
+    EXPECT_EQ(input_name_problem(*d, 1, "second"), "");
+    EXPECT_EQ(failure_of([] { check_link_name(""); }),
+              "'' cannot be a link name, because it is empty (contains no characters)");
+    set_input_names(*d, nullptr);
+    EXPECT_EQ(d->input_names[1], "");
 }
 
 }  // namespace

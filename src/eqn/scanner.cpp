@@ -1,0 +1,116 @@
+#include "eqn/scanner.h"
+
+#include <cctype>
+#include <cstdlib>
+#include <cstring>
+
+#include "base/text.h"
+#include "net/model.h"
+
+namespace ravelo {
+namespace {
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+// Characters that make up operator symbols; "(", ")", ",", ";" and "#" stand alone.
+bool is_operator_char(char c) { return c && std::strchr("+-*/%^<>=!&|?:~", c) != nullptr; }
+
+struct SpecialWord {
+    const char* word;
+    double value;
+};
+
+}  // namespace
+
+bool is_name_char(char c) { return is_letter(c) || is_digit(c) || c == '_'; }
+
+void Scanner::skip_space() {
+    while (pos_ < text_.size() && std::isspace(static_cast<unsigned char>(text_[pos_]))) ++pos_;
+}
+
+bool Scanner::take(char c) {
+    if (peek() != c) return false;
+    ++pos_;
+    return true;
+}
+
+bool Scanner::name_starts() { return is_letter(peek()) || peek() == '_'; }
+
+std::string Scanner::read_name() {
+    skip_space();
+    size_t start = pos_;
+    while (pos_ < text_.size() && is_name_char(text_[pos_]) &&
+           pos_ - start < static_cast<size_t>(kMaxNameLength))
+        ++pos_;
+    return std::string(text_.substr(start, pos_ - start));
+}
+
+bool Scanner::number_starts() {
+    char c = peek();
+    if (is_digit(c) || c == '@') return true;
+    if (c == '.') return is_digit(here(1));
+    if (c == '-') return is_digit(here(1)) || (here(1) == '.' && is_digit(here(2)));
+    return false;
+}
+
+bool Scanner::read_number(double& value, std::string& units) {
+    skip_space();
+    size_t start = pos_;
+    units.clear();
+    if (here() == '@') {
+        static const SpecialWord words[] = {{"@undef", undef_value()},
+                                            {"@infinity", infinity_value()},
+                                            {"@inf", infinity_value()},
+                                            {"@neginfinity", -infinity_value()},
+                                            {"@neginf", -infinity_value()}};
+        for (const SpecialWord& w : words) {
+            size_t len = std::strlen(w.word);
+            if (text_.substr(pos_, len) == w.word && !is_name_char(here(len))) {
+                value = w.value;
+                pos_ += len;
+                return true;
+            }
+        }
+        return false;
+    }
+    size_t p = pos_;
+    if (here() == '-') ++p;
+    auto digit_at = [&](size_t i) { return i < text_.size() && is_digit(text_[i]); };
+    while (digit_at(p)) ++p;
+    if (p < text_.size() && text_[p] == '.') {
+        ++p;
+        while (digit_at(p)) ++p;
+    }
+    if (p < text_.size() && (text_[p] == 'e' || text_[p] == 'E')) {
+        size_t q = p + 1;
+        if (q < text_.size() && (text_[q] == '+' || text_[q] == '-')) ++q;
+        if (digit_at(q)) {
+            while (digit_at(q)) ++q;
+            p = q;
+        }
+    }
+    std::string digits(text_.substr(start, p - start));
+    char* end = nullptr;
+    value = std::strtod(digits.c_str(), &end);
+    if (end == digits.c_str()) return false;
+    pos_ = p;
+    // A word right after a number is its units (names never follow a value).
+    size_t after = pos_;
+    skip_space();
+    if (name_starts()) {
+        units = read_name();
+    } else {
+        pos_ = after;
+    }
+    return true;
+}
+
+std::string Scanner::punctuation_run() {
+    skip_space();
+    size_t p = pos_;
+    while (p < text_.size() && is_operator_char(text_[p])) ++p;
+    return std::string(text_.substr(pos_, p - pos_));
+}
+
+}  // namespace ravelo

@@ -1,0 +1,81 @@
+/* Node equations seen from a plain C program: storing the text, building
+ * a table from it, and the reports of conversions that cannot be made. */
+#include <stdio.h>
+#include <string.h>
+
+#include "ravelo/ravelo.h"
+
+static int failures = 0;
+
+#define EXPECT(cond)                                                      \
+    do {                                                                  \
+        if (!(cond)) {                                                    \
+            fprintf(stderr, "%s:%d: expected %s\n", __FILE__, __LINE__, #cond); \
+            ++failures;                                                   \
+        }                                                                 \
+    } while (0)
+
+static const report_ns* last_report(environ_ns* env) {
+    const report_ns* r = NULL, *last = NULL;
+    while ((r = GetError_ns(env, NULL_ERR, r)) != NULL) last = r;
+    return last;
+}
+
+/* The last report has this number and text; reports are cleared after. */
+static void expect_report(environ_ns* env, int number, const char* text, int line) {
+    const report_ns* r = last_report(env);
+    if (!r || ErrorNumber_ns(r) != number || strcmp(ErrorMessage_ns(r), text) != 0) {
+        fprintf(stderr, "%s:%d: expected report %d \"%s\", got %d \"%s\"\n", __FILE__, line, number,
+                text, r ? ErrorNumber_ns(r) : 0, r ? ErrorMessage_ns(r) : "(none)");
+        ++failures;
+    }
+    ClearErrors_ns(env, INTERNAL_ERR);
+}
+
+#define EXPECT_REPORT(env, number, text) expect_report(env, number, text, __LINE__)
+
+int main(void) {
+    char mesg[MESG_LEN_ns];
+    environ_ns* env = NewRaveloEnviron_ns(NULL, NULL, NULL);
+    EXPECT(InitRavelo2_bn(env, mesg) == 0);
+    net_bn* net = NewNet_bn("N", env);
+    node_bn* x = NewNode_bn("X", 3, net);
+
+    EXPECT(strcmp(GetNodeEquation_bn(x), "") == 0);
+    EquationToTable_bn(x, 1, 0, 0);
+    EXPECT_REPORT(env, 2542, "node 'X' doesnt have a defining equation");
+
+    SetNodeEquation_bn(x, "X () = 2");
+    EXPECT(strcmp(GetNodeEquation_bn(x), "X () = 2") == 0);
+    EquationToTable_bn(x, 0, 0, 0);
+    EXPECT_REPORT(env, 2590, "argument 'num_samples' must be one or more (it is 0)");
+    EquationToTable_bn(x, 5, 3, 0);
+    EXPECT_REPORT(env, 2591, "argument 'samp_unc' must be 0 or 1 (it is 3)");
+    EquationToTable_bn(x, 5, 0, 0);
+    EXPECT(GetError_ns(env, NULL_ERR, NULL) == NULL);
+
+    SetNodeEquation_bn(x, "X () = 2.5");
+    EquationToTable_bn(x, 1, 0, 0);
+    EXPECT_REPORT(env, 2551, "since X is discrete, its equation should return a state number, which is an "
+                             "integer, but it is returning 2.5 with input (none)");
+    SetNodeEquation_bn(x, "X () = 1 +* 2");
+    EquationToTable_bn(x, 1, 0, 0);
+    EXPECT_REPORT(env, 2543, "problem with equation of node 'X':  character '*' unexpected");
+    SetNodeEquation_bn(x, "P (X) = X == 7");
+    EquationToTable_bn(x, 1, 0, 0);
+    EXPECT_REPORT(env, 2558, "in equation of node X, for 1 out of 1 parent settings (i.e. conditions), no "
+                             "nonzero probability was discovered by sampling, so they were given uniform "
+                             "distributions");
+
+    EXPECT(strcmp(GetNodeEquation_bn(x), "P (X) = X == 7") == 0);  /* never changed by conversion */
+    SetNodeEquation_bn(NULL, "X () = 1");
+    EXPECT(last_report(env) != NULL);
+    ClearErrors_ns(env, INTERNAL_ERR);
+    DeleteNode_bn(x);
+    EXPECT(GetNodeEquation_bn(x) == NULL);
+    EXPECT_REPORT(env, 5184, "deleted node_bn passed");
+
+    EXPECT(CloseRavelo_bn(env, mesg) == 0);
+    if (failures) fprintf(stderr, "%d failed\n", failures);
+    return failures ? 1 : 0;
+}
