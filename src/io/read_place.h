@@ -10,7 +10,5 @@ struct ReadPlace {
 
 // Reports a reading failure at a line of the file and ends the read.
 [[noreturn]] void read_failure(const ReadPlace& place, int line, const std::string& message);
-// The same as a warning: the read goes on.
-void read_warning(const ReadPlace& place, int line, const std::string& message);
 
 }  // namespace ravelo
