@@ -106,8 +106,16 @@ const util_bn* GetNodeExpectedUtils_bn(node_bn* node) {
     ApiFrame frame("GetNodeExpectedUtils_bn");
     return frame.run<const util_bn*>(nullptr, [&]() -> const util_bn* {
         Node& n = checked_node(frame, node);
-        fail(2367, "can't get expected utilities of >-node '%s', because decision optimisation "
-                   "is not available in this version", n.name.c_str());
+        std::lock_guard<std::recursive_mutex> hold(n.net->lock);
+        if (n.kind != NodeKind::Decision)
+            fail(2367, "'%s' is a %s >-node, but can only get expected utilities of a >-decision_node",
+                 n.name.c_str(), kind_word(n.kind));
+        if (!tree_of(*n.net))
+            fail(2077, "can't update beliefs because >-net '%s' needs to be compiled", n.net->name.c_str());
+        JunctionTree& jt = *n.net->jtree;
+        std::vector<double>& out = jt.expected_utils[static_cast<size_t>(local_index(jt, n))];
+        out = expected_utils(n);
+        return out.data();
     });
 }
 
@@ -115,8 +123,9 @@ double GetNetExpectedUtility_bn(net_bn* net) {
     ApiFrame frame("GetNetExpectedUtility_bn");
     return frame.run<double>(undef_value(), [&]() -> double {
         Net& n = checked_net(frame, net);
-        fail(2368, "can't get the expected utility of >-net '%s', because decision optimisation "
-                   "is not available in this version", n.name.c_str());
+        std::lock_guard<std::recursive_mutex> hold(n.lock);
+        update_beliefs(n);
+        return expected_utility(n);
     });
 }
 
@@ -155,7 +164,7 @@ double JointProbability_bn(const nodelist_bn* nodes, const state_bn* states) {
                 fail(5619, "state %d given for >-node '%s' is not one of its states (0 to %d)",
                      states[i], n.name.c_str(), n.num_states() - 1);
             if (n.kind == NodeKind::Utility)
-                fail(5620, ">-node '%s' is a utility node, which has no probabilities", n.name.c_str());
+                fail(5622, ">-node '%s' is a utility node, which has no probabilities", n.name.c_str());
         }
         update_beliefs(net);
         return joint_probability(net, list.nodes, states);

@@ -8,6 +8,8 @@
 namespace ravelo {
 namespace {
 
+constexpr double kPriorLimit = 5e7;
+
 IndexMap make_map(const JunctionTree& jt, const Clique& clique, const Sepset& sepset) {
     const Graph& g = jt.graph;
     const size_t k = clique.members.size();
@@ -144,6 +146,10 @@ void load_one(const JunctionTree& jt, Clique& clique, const Node& node) {
 
 }  // namespace
 
+IndexMap make_family_map(const JunctionTree& jt, const Clique& clique, const Sepset& family) {
+    return make_map(jt, clique, family);
+}
+
 int member_position(const Clique& clique, int local) {
     for (size_t i = 0; i < clique.members.size(); ++i)
         if (clique.members[i] == local) return static_cast<int>(i);
@@ -172,6 +178,8 @@ std::vector<float> loadable_table(const Node& node) {
 
 void allocate_tables(JunctionTree& jt) {
     std::size_t widest = 1;
+    // Past this the propagated prior tables would cost more memory than reloading saves.
+    jt.keep_prior = total_size(jt) <= kPriorLimit;
     for (Clique& c : jt.cliques) c.table.assign(static_cast<std::size_t>(c.size), 0.0f);
     for (Sepset& s : jt.sepsets) {
         s.table.assign(static_cast<std::size_t>(s.size), 1.0f);
@@ -222,10 +230,56 @@ void multiply_by_states(Clique& clique, int pos, int num_states, const float* fa
         }
 }
 
+namespace {
+
+// The inner loops with the inner block length fixed at compile time, for
+// the short blocks of nets of two- and three-state nodes.
+template <std::size_t N>
+void sum_runs(const IndexMap& map, const float* t, double* out) {
+    const std::size_t middle = map.middle;
+    for (std::uint32_t base : map.run_base) {
+        double* o = out + base;
+        for (std::size_t j = 0; j < middle; ++j, t += N) {
+            if (!map.spread) {
+                double s = 0.0;
+                for (std::size_t i = 0; i < N; ++i) s += t[i];
+                o[j] += s;
+            } else {
+                for (std::size_t i = 0; i < N; ++i) o[i] += t[i];
+            }
+        }
+    }
+}
+
+template <std::size_t N>
+void multiply_runs(const IndexMap& map, float* t, const float* factor) {
+    const std::size_t middle = map.middle;
+    for (std::uint32_t base : map.run_base) {
+        const float* f = factor + base;
+        for (std::size_t j = 0; j < middle; ++j, t += N) {
+            if (!map.spread) {
+                const float x = f[j];
+                for (std::size_t i = 0; i < N; ++i) t[i] *= x;
+            } else {
+                for (std::size_t i = 0; i < N; ++i) t[i] *= f[i];
+            }
+        }
+    }
+}
+
+}  // namespace
+
 void sum_onto(const Clique& clique, const IndexMap& map, double* out, std::size_t out_size) {
     std::fill(out, out + out_size, 0.0);
     const float* t = clique.table.data();
     const std::size_t inner = map.inner, middle = map.middle;
+    switch (inner) {
+        case 1: return sum_runs<1>(map, t, out);
+        case 2: return sum_runs<2>(map, t, out);
+        case 3: return sum_runs<3>(map, t, out);
+        case 4: return sum_runs<4>(map, t, out);
+        default: break;
+    }
     if (!map.spread) {
         for (std::uint32_t base : map.run_base) {
             double* o = out + base;
@@ -255,6 +309,13 @@ void max_onto(const Clique& clique, const IndexMap& map, double* out, std::size_
 void multiply_by(Clique& clique, const IndexMap& map, const float* factor) {
     float* t = clique.table.data();
     const std::size_t inner = map.inner, middle = map.middle;
+    switch (inner) {
+        case 1: return multiply_runs<1>(map, t, factor);
+        case 2: return multiply_runs<2>(map, t, factor);
+        case 3: return multiply_runs<3>(map, t, factor);
+        case 4: return multiply_runs<4>(map, t, factor);
+        default: break;
+    }
     if (!map.spread) {
         for (std::uint32_t base : map.run_base) {
             const float* f = factor + base;

@@ -35,4 +35,7 @@ double table_sum(const std::vector<float>& table);
 
 int member_position(const Clique& clique, int local);
 
+// The map from a clique onto a family of its members in the family's own order.
+IndexMap make_family_map(const JunctionTree& jt, const Clique& clique, const Sepset& family);
+
 }  // namespace ravelo

@@ -99,7 +99,9 @@ std::unique_ptr<JunctionTree> tree_for_order(Graph g, Net& net, const std::vecto
 }
 
 void check_table_memory(Net& net, const JunctionTree& jt, bool at_compile) {
-    const double bytes = 4.0 * size_with_findings(jt);
+    const double full = 4.0 * total_size(jt);
+    // Tables are built at their full size, so an update needs room for that.
+    const double bytes = at_compile ? 4.0 * size_with_findings(jt) : full;
     if (bytes > kMaxTableBytes) {
         if (!at_compile) fail_out_of_memory(2759, "to compile/update this >-net", bytes);
         warning(2758, "you will not be able to do belief updating with this >-net unless you "
@@ -110,7 +112,6 @@ void check_table_memory(Net& net, const JunctionTree& jt, bool at_compile) {
     if (memory_limit_set() && bytes > memory_limit())
         fail_out_of_memory(3632, format("to compile/update >-net '%s' (see >-LimitMemoryUsage_ns)",
                                         net.name.c_str()), bytes);
-    const double full = 4.0 * total_size(jt);
     if (at_compile && full > bytes && full > kMaxTableBytes)
         warning(2493, "if all current findings are removed, updating will result in tables "
                       "requiring %.4g GB",
@@ -121,37 +122,45 @@ void uncompile_net(Net& net) { discard_compiled(net); }
 
 void compile_net(Net& net, const CompileOptions& options) {
     if (options.optimize) discard_compiled(net);
-    if (!tree_of(net)) {
-        if (options.halt && options.halt(0.0)) fail_halted();
-        check_for_compiling(net);
-        if (options.optimize && has_decisions(net))
-            fail(2007, "can't use optimizing compiler for >-net '%s' because it has a "
-                       ">-decision_node(s)", net.name.c_str());
-        check_stored_elim_order(net);
-        Graph g = build_graph(net);
-        std::vector<int> order;
-        if (!net.elim_order || options.optimize) {
-            std::vector<int> all(static_cast<size_t>(g.size()));
-            for (int v = 0; v < g.size(); ++v) all[static_cast<size_t>(v)] = v;
-            order = options.optimize ? optimize_elim_order(g, net, all).order
-                                     : find_elim_order(g, all, options.halt).order;
-        } else {
-            order = local_order(g, *net.elim_order);
+    if (tree_of(net)) {
+        if (!options.update) return;
+        try {
+            check_table_memory(net, *net.jtree, true);
+        } catch (const Failure&) {
+            discard_compiled(net);
+            throw;
         }
-        if (options.halt && options.halt(1.0)) fail_halted();
-        std::vector<Node*> order_nodes;
-        for (int v : order) order_nodes.push_back(g.nodes[static_cast<size_t>(v)]);
-        auto jt = tree_for_order(std::move(g), net, order);
-        if (!net.elim_order || net.elim_order->nodes != order_nodes) set_elim_order(net, &order_nodes);
-        if (options.report) report_compiled(net, *jt);
-        net.jtree = std::move(jt);
-        net.junction_step = kCompiled;
-        net.findings_probability = 1.0;
-    }
-    if (options.update) {
-        check_table_memory(net, *net.jtree, true);
         warn_incomplete_tables(net);
+        return;
     }
+    if (options.halt && options.halt(0.0)) fail_halted();
+    check_for_compiling(net);
+    if (options.optimize && has_decisions(net))
+        fail(2007, "can't use optimizing compiler for >-net '%s' because it has a "
+                   ">-decision_node(s)", net.name.c_str());
+    check_stored_elim_order(net);
+    Graph g = build_graph(net);
+    std::vector<int> order;
+    if (!net.elim_order || options.optimize) {
+        std::vector<int> all(static_cast<size_t>(g.size()));
+        for (int v = 0; v < g.size(); ++v) all[static_cast<size_t>(v)] = v;
+        order = options.optimize ? optimize_elim_order(g, net, all).order
+                                 : find_elim_order(g, all, options.halt).order;
+    } else {
+        order = local_order(g, *net.elim_order);
+    }
+    if (options.halt && options.halt(1.0)) fail_halted();
+    std::vector<Node*> order_nodes;
+    for (int v : order) order_nodes.push_back(g.nodes[static_cast<size_t>(v)]);
+    auto jt = tree_for_order(std::move(g), net, order);
+    // A failed check leaves the net uncompiled with its order as it stood.
+    if (options.update) check_table_memory(net, *jt, true);
+    if (!net.elim_order || net.elim_order->nodes != order_nodes) set_elim_order(net, &order_nodes);
+    if (options.report) report_compiled(net, *jt);
+    net.jtree = std::move(jt);
+    net.junction_step = kCompiled;
+    net.findings_probability = 1.0;
+    if (options.update) warn_incomplete_tables(net);
 }
 
 }  // namespace ravelo

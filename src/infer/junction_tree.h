@@ -65,6 +65,7 @@ struct JunctionTree {
     // What is multiplied into the clique tables for each node (empty: nothing).
     std::vector<std::vector<float>> applied;
     std::vector<int> pending;         // local indexes whose findings changed since
+    std::vector<std::vector<double>> expected_utils;  // by local index, handed to callers
     bool tables_allocated = false;
 
     // The propagated tables without findings, kept so that a retraction

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "base/failure.h"
+#include "base/report.h"
 #include "base/text.h"
 #include "infer/clique_tables.h"
 #include "infer/propagate.h"
@@ -142,6 +143,59 @@ std::vector<int> most_probable_config(Net& net) {
     for (int c : walk.order) choose_in_clique(jt, jt.cliques[c], chosen);
     jt.applied = std::move(applied);
     return chosen;
+}
+
+double expected_utility(Net& net) {
+    JunctionTree& jt = *net.jtree;
+    double total = 0.0;
+    std::vector<double> p;
+    for (Node* u : net.nodes.nodes) {
+        if (u->kind != NodeKind::Utility || u->home_clique < 0) continue;
+        const Clique& c = jt.cliques[u->home_clique];
+        Sepset family;
+        family.size = 1.0;
+        for (const Node* q : u->parents.nodes) {
+            family.members.push_back(jt.graph.local_of[q->index]);
+            family.size *= q->num_states();
+        }
+        p.assign(static_cast<size_t>(family.size), 0.0);
+        sum_onto(c, make_family_map(jt, c, family), p.data(), p.size());
+        double mass = 0.0, sum = 0.0;
+        for (size_t r = 0; r < p.size(); ++r) {
+            mass += p[r];
+            double x = r < u->func_reals.size() ? u->func_reals[r] : 0.0;
+            if (!is_undef(x)) sum += p[r] * x;
+        }
+        total += mass > 0 ? sum / mass : 0.0;
+    }
+    return total;
+}
+
+std::vector<double> expected_utils(Node& decision) {
+    Net& net = *decision.net;
+    FindingRecord saved = decision.finding;
+    std::vector<double> out(static_cast<size_t>(decision.num_states()), 0.0);
+    struct Restore {
+        Node& node;
+        FindingRecord& saved;
+        ~Restore() {
+            node.finding = saved;
+            findings_changed(node);
+        }
+    } restore{decision, saved};
+    for (int d = 0; d < decision.num_states(); ++d) {
+        decision.finding = FindingRecord{};
+        decision.finding.state = d;
+        findings_changed(decision);
+        try {
+            update_beliefs(net);
+            out[static_cast<size_t>(d)] = expected_utility(net);
+        } catch (const Failure& f) {
+            clear_report(f.report);  // a decision the findings rule out
+            out[static_cast<size_t>(d)] = undef_value();
+        }
+    }
+    return out;
 }
 
 double expected_value(Node& node, double* std_dev) {

@@ -14,6 +14,13 @@ double joint_probability(Net& net, const std::vector<Node*>& nodes, const int* s
 // local index; the tree must be propagated.
 std::vector<int> most_probable_config(Net& net);
 
+// Expected total utility of the net's utility nodes given the findings; the
+// tree must be propagated.
+double expected_utility(Net& net);
+// Expected utility of each state of a decision node: the findings plus that
+// decision, other decisions following their own tables.
+std::vector<double> expected_utils(Node& decision);
+
 // The node's expected real value and standard deviation over its beliefs.
 double expected_value(Node& node, double* std_dev);
 

@@ -115,12 +115,6 @@ void findings_changed(Node& node) {
     if (net.junction_step > kTablesLoaded) net.junction_step = kTablesLoaded;
 }
 
-void all_findings_changed(Net& net) {
-    for (Node* n : net.nodes.nodes) n->beliefs_current = false;
-    JunctionTree* jt = tree_of(net);
-    if (jt && net.junction_step > kTablesAllocated) net.junction_step = kTablesAllocated;
-}
-
 void update_beliefs(Net& net) {
     JunctionTree* jt = tree_of(net);
     if (net.junction_step == kPropagatedStep && jt && jt->pending.empty()) return;

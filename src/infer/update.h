@@ -26,7 +26,6 @@ std::vector<float> finding_likelihood(const Node& node);
 
 // The node's findings changed: its clique must be reloaded or multiplied.
 void findings_changed(Node& node);
-void all_findings_changed(Net& net);
 
 // Computes the node's beliefs from its clique after an update.
 void read_beliefs(Node& node);

@@ -148,3 +148,34 @@ TEST_F(BeliefsTest, JointProbabilityAndMostProbableConfigAreExact) {
 
 }  // namespace
 }  // namespace ravelo
+
+namespace ravelo {
+namespace {
+
+TEST_F(BeliefsTest, ExpectedUtilitiesOfADecision) {
+    Node* weather = node("weather", 2);
+    Node* forecast = node("forecast", 2, {weather});
+    Node* umbrella = node("umbrella", 2, {forecast});
+    umbrella->kind = NodeKind::Decision;
+    Node* worth = node("worth", 0, {weather, umbrella});
+    worth->kind = NodeKind::Utility;
+    weather->cpt = {0.3f, 0.7f};                // rain, dry
+    forecast->cpt = {0.8f, 0.2f, 0.1f, 0.9f};  // says rain, says dry
+    worth->func_reals = {70, 0, 20, 100};     // (rain,take) (rain,leave) (dry,take) (dry,leave)
+    compile_net(*net, {});
+    EXPECT_TRUE(net->jtree->graph.local_of[static_cast<size_t>(worth->index)] < 0);
+    net->auto_update = 0;
+    enter_finding(*forecast, 0);
+    std::vector<double> eu = expected_utils(*umbrella);
+    double rain = 0.3 * 0.8 / (0.3 * 0.8 + 0.7 * 0.1);
+    ASSERT_EQ(eu.size(), 2u);
+    EXPECT_NEAR(eu[0], rain * 70 + (1 - rain) * 20, 1e-4);
+    EXPECT_NEAR(eu[1], rain * 0 + (1 - rain) * 100, 1e-4);
+    EXPECT_EQ(umbrella->finding.state, kUndefState);  // the trial decisions are gone
+    update_beliefs(*net);
+    // Without a policy the decision is taken as uniform.
+    EXPECT_NEAR(expected_utility(*net), 0.5 * (eu[0] + eu[1]), 1e-4);
+}
+
+}  // namespace
+}  // namespace ravelo

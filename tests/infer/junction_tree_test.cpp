@@ -1,6 +1,7 @@
 #include "infer/junction_tree.h"
 
 #include "infer/compile.h"
+#include "infer/update.h"
 #include "infer/triangulate.h"
 #include "net_fixture.h"
 
@@ -90,6 +91,27 @@ TEST_F(JunctionTreeTest, OptimizingNeverDoesWorseThanGreedy) {
         compile_net(*net, optimize);
         EXPECT_LE(total_size(*net->jtree), greedy) << "seed " << seed;
     }
+}
+
+}  // namespace
+}  // namespace ravelo
+
+namespace ravelo {
+namespace {
+
+// Nine 10-state parents of one child: a clique of 10^10 entries (40 GB).
+TEST_F(JunctionTreeTest, HugeTablesWarnAtCompileAndFailAtUpdate) {
+    std::vector<Node*> parents;
+    for (int i = 0; i < 9; ++i) parents.push_back(node("p" + std::to_string(i), 10));
+    node("child", 10, parents);
+    compile_net(*net, {});
+    EXPECT_EQ(message_of(2758), "you will not be able to do belief updating with this net unless you "
+                              "enter some findings first, since it would require 40 GB");
+    ASSERT_NE(net->jtree, nullptr);
+    EXPECT_EQ(size_with_findings(*net->jtree), 1e10);
+    EXPECT_THROW(update_beliefs(*net), Failure);
+    EXPECT_EQ(last_number(), 2759);
+    EXPECT_EQ(net->junction_step, 1);  // the next query repeats the failing step
 }
 
 }  // namespace

@@ -116,6 +116,13 @@ protected:
         while ((r = next_report(*env, 0, r)) != nullptr) last = r;
         return last ? -last->number : 0;
     }
+    // The message of the thread's report with that number, or "" when none.
+    std::string message_of(int number) const {
+        const Report* r = nullptr;
+        while ((r = next_report(*env, 0, r)) != nullptr)
+            if (-r->number == number) return r->message;
+        return std::string();
+    }
     std::string last_message() const {
         const Report* r = nullptr, *last = nullptr;
         while ((r = next_report(*env, 0, r)) != nullptr) last = r;
