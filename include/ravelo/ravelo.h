@@ -239,7 +239,7 @@ RAVELO_API void SetNetUserField_bn (net_bn* net, const char* name, const void* d
 RAVELO_API void* GetNetUserData_bn (const net_bn* net, int kind);
 /* Keeps a caller pointer in the net. */
 RAVELO_API void SetNetUserData_bn (net_bn* net, int kind, void* data);
-/* Adds a listener called on the net's events (filter: a set of eventtype_ns bits, -1 for all); NULL net means every net. */
+/* Adds a listener called on the net's events (filter: a set of eventtype_ns bits, -1 for all, 0 removes it); NULL net means every net. */
 RAVELO_API void AddNetListener_bn (net_bn* net, NetListener_bn callback, void* obj, int filter);
 
 /* ------------------------------------------------------------------------ */
@@ -290,7 +290,8 @@ RAVELO_API void RemoveNodeState_bn (node_bn* node, state_bn state);
 RAVELO_API void ReorderNodeStates_bn (node_bn* node, const state_bn* new_order);
 /* Returns the node's levels (thresholds or state values), or NULL when it has none or on failure. */
 RAVELO_API const level_bn* GetNodeLevels_bn (const node_bn* node);
-/* Sets the node's levels: num_states+1 thresholds for a continuous node, num_states values for a discrete one (-1 removes). */
+/* Sets the node's levels: num_states+1 thresholds for a continuous node, num_states values for a discrete one (-1 removes;
+ * a continuous node keeps its thresholds while it has states: 0 removes both). */
 RAVELO_API void SetNodeLevels_bn (node_bn* node, int num_states, const level_bn* levels);
 /* Returns the node's title (empty when none), or NULL on failure. */
 RAVELO_API const char* GetNodeTitle_bn (const node_bn* node);
@@ -314,7 +315,7 @@ RAVELO_API void SetNodeUserField_bn (node_bn* node, const char* name, const void
 RAVELO_API void* GetNodeUserData_bn (const node_bn* node, int kind);
 /* Keeps a caller pointer in the node. */
 RAVELO_API void SetNodeUserData_bn (node_bn* node, int kind, void* data);
-/* Adds a listener called on the node's events (filter: eventtype_ns bits, -1 for all); NULL node means every node. */
+/* Adds a listener called on the node's events (filter: eventtype_ns bits, -1 for all, 0 removes it); NULL node means every node. */
 RAVELO_API void AddNodeListener_bn (node_bn* node, NodeListener_bn callback, void* obj, int filter);
 /* Returns the node's position in the editor's drawing, or NULL on failure. */
 RAVELO_API const double* GetNodeVisPosition_bn (const node_bn* node, void* vis, double* x, double* y);
@@ -375,15 +376,16 @@ RAVELO_API state_bn* MapStateList_bn (const state_bn* src_states, const nodelist
 
 /* Returns the CPT row for a parent condition (one state per parent), or NULL on failure. */
 RAVELO_API const prob_bn* GetNodeProbs_bn (const node_bn* node, const state_bn* parent_states);
-/* Replaces the CPT row for a parent condition (EVERY_STATE entries set many rows); creates the CPT if absent. */
+/* Replaces the CPT row for a parent condition (EVERY_STATE entries set many rows); creates the CPT if absent,
+ * except over a function table (delete that first). */
 RAVELO_API void SetNodeProbs_bn (node_bn* node, const state_bn* parent_states, const prob_bn* probs);
 /* Returns the function table's state for a parent condition, or UNDEF_STATE on failure. */
 RAVELO_API state_bn GetNodeFuncState_bn (const node_bn* node, const state_bn* parent_states);
-/* Sets the function table's state for a parent condition. */
+/* Sets the function table's state for a parent condition; creates the table if the node has no CPT. */
 RAVELO_API void SetNodeFuncState_bn (node_bn* node, const state_bn* parent_states, state_bn state);
 /* Returns the function table's real value for a parent condition, or UNDEF on failure. */
 RAVELO_API double GetNodeFuncReal_bn (const node_bn* node, const state_bn* parent_states);
-/* Sets the function table's real value for a parent condition. */
+/* Sets the function table's real value for a parent condition; creates the table if the node has no CPT. */
 RAVELO_API void SetNodeFuncReal_bn (node_bn* node, const state_bn* parent_states, double value);
 /* Returns the experience for a parent condition, or -1 on failure (UNDEF when it has no experience table). */
 RAVELO_API double GetNodeExperience_bn (const node_bn* node, const state_bn* parent_states);

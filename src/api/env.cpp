@@ -108,12 +108,12 @@ int GetRaveloVersion_bn(environ_ns* env, const char** version) {
 
 checking_ns ArgumentChecking_ns(checking_ns setting, environ_ns* env) {
     ApiFrame frame("ArgumentChecking_ns");
-    return frame.run(static_cast<checking_ns>(-1), [&]() -> checking_ns {
+    return frame.run(QueryCheck, [&]() -> checking_ns {
         frame.environment(env);
         int previous = checking_level();
         int s = raw_enum(setting);
-        if (s == -1) return static_cast<checking_ns>(previous);
-        if (s < 1 || s > 4)
+        if (s == QueryCheck) return static_cast<checking_ns>(previous);
+        if (s < NoCheck || s > CompleteCheck)
             fail(5529, "argument 'setting' is %d, but it should be %d or between %d and %d inclusive",
                  s, -1, 1, 4);
         set_checking_level(s);

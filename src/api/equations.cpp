@@ -29,7 +29,6 @@ void EquationToTable_bn(node_bn* node, int num_samples, bool_ns samp_unc, bool_n
         if (num_samples < 1) fail(2590, "argument 'num_samples' must be one or more (it is %d)", num_samples);
         if (samp_unc != 0 && samp_unc != 1) fail(2591, "argument 'samp_unc' must be 0 or 1 (it is %d)", static_cast<int>(samp_unc));
         if (add_exist != 0 && add_exist != 1) fail(2592, "argument 'add_exist' must be 0 or 1 (it is %d)", static_cast<int>(add_exist));
-        auto* rng = static_cast<RandomGenerator*>(n.net->env->default_generator);
-        equation_to_table(n, num_samples, samp_unc != 0, add_exist != 0, rng);
+        equation_to_table(n, num_samples, samp_unc != 0, add_exist != 0, &default_generator(*n.net->env));
     });
 }

@@ -21,9 +21,7 @@ report_ns* NewError_ns(int number, errseverity_ns severity, errcond_ns cond, con
     ApiFrame frame("NewError_ns");
     va_list args;
     va_start(args, mesg);
-    std::string text = mesg ? vformat(mesg, args) : std::string();
-    va_end(args);
-    return frame.run<report_ns*>(nullptr, [&]() -> report_ns* {
+    report_ns* made = frame.run<report_ns*>(nullptr, [&]() -> report_ns* {
         Environment* env = current_environment();
         if (env) frame.use(*env);
         if (!mesg) fail(5511, "NULL passed for argument 'mesg'");
@@ -31,8 +29,10 @@ report_ns* NewError_ns(int number, errseverity_ns severity, errcond_ns cond, con
         if (level < NULL_ERR || level > INTERNAL_ERR)
             fail(5512, "argument 'severity' is %d, but it should be between %d and %d inclusive",
                  level, 0, 6);
-        return handle_of(make_report(env, number, level, text, raw_enum(cond)));
+        return handle_of(make_report(env, number, level, vformat(mesg, args), raw_enum(cond)));
     });
+    va_end(args);
+    return made;
 }
 
 report_ns* GetError_ns(environ_ns* env, errseverity_ns severity, const report_ns* after) {

@@ -7,6 +7,7 @@
 #include "net/listeners.h"
 #include "net/names.h"
 #include "net/ops.h"
+#include "net/states.h"
 #include "net/structure.h"
 
 using namespace ravelo;
@@ -16,9 +17,7 @@ node_bn* NewNode_bn(const char* name, int num_states, net_bn* net) {
     return frame.run<node_bn*>(nullptr, [&]() -> node_bn* {
         Net& n = checked_net(frame, net);
         require_legal_name(name, "node");
-        if (num_states < 0)
-            fail(3250, "can't change the number of states of >-node '%s' to %d, because that is negative",
-                 name, num_states);
+        check_state_count(name, false, num_states);
         if (n.find(name))
             fail(3210, "can't add >-node %s to >-net %s because it already has a >-node with that name",
                  name, n.name.c_str());

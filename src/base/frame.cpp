@@ -1,5 +1,6 @@
 #include "base/frame.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 
@@ -64,8 +65,8 @@ constexpr std::size_t kReserveSize = 64 * 1024;
 
 struct MemoryReserve {
     std::mutex mutex;
-    void* block = nullptr;
-    void* (*source)(std::size_t) = nullptr;
+    std::atomic<void*> block{nullptr};
+    void* (*source)(std::size_t) = nullptr;  // must give memory that operator delete frees
 };
 
 MemoryReserve& reserve() {
@@ -85,16 +86,16 @@ std::string inside_callback(const std::string& marker, const char* function) {
 
 bool memory_reserve_ready() {
     MemoryReserve& r = reserve();
+    if (r.block.load(std::memory_order_acquire)) return true;  // every call passes here
     std::lock_guard<std::mutex> guard(r.mutex);
-    if (!r.block) r.block = (r.source ? r.source : take_from_heap)(kReserveSize);
-    return r.block != nullptr;
+    if (!r.block.load()) r.block.store((r.source ? r.source : take_from_heap)(kReserveSize));
+    return r.block.load() != nullptr;
 }
 
 void spend_memory_reserve() {
     MemoryReserve& r = reserve();
     std::lock_guard<std::mutex> guard(r.mutex);
-    ::operator delete(r.block);
-    r.block = nullptr;
+    ::operator delete(r.block.exchange(nullptr));
 }
 
 void set_memory_reserve_source(void* (*source)(std::size_t)) {

@@ -55,7 +55,7 @@ public:
     ApiFrame(const ApiFrame&) = delete;
     ApiFrame& operator=(const ApiFrame&) = delete;
 
-    // Steps 4 and 5: NULL means the default environment; then it must be initialised.
+    // The environment argument: NULL means the default one; it must be initialised.
     Environment& environment(environ_ns* env);
     // Makes env the one this call's reports go to, and checks that it is initialised.
     void use(Environment& env);

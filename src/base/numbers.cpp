@@ -3,6 +3,8 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
+#include <string>
 #include <limits>
 
 #include "base/text.h"
@@ -24,8 +26,8 @@ std::optional<double> read_real(std::string_view word) {
     auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
     if (end != digits.data() + digits.size()) return std::nullopt;
     if (error == std::errc::result_out_of_range) {
-        // Too large becomes infinite; too small becomes zero.
-        value = std::fabs(value) < 1 ? 0.0 : infinity_value();
+        // Too large becomes infinite, too small zero, as strtod rounds them.
+        value = std::strtod(std::string(digits).c_str(), nullptr);
     } else if (error != std::errc()) {
         return std::nullopt;
     }

@@ -40,6 +40,7 @@ void add_node_shape(Fingerprint& f, const Node& node) {
 std::uint64_t equation_stamp(const Node& node) {
     Fingerprint f;
     f.add(node.equation);
+    f.add_value(&node);  // a copied node never inherits its original's parse
     add_node_shape(f, node);
     f.add_value(node.parents.nodes.size());
     for (size_t i = 0; i < node.parents.nodes.size(); ++i) {

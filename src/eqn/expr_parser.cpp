@@ -60,7 +60,26 @@ int ExprParser::find_variable(const std::string& name) const {
     return -1;
 }
 
+namespace {
+
+constexpr int kMaxNesting = 400;
+
+// Counts one level of nesting for as long as it lives.
+struct NestingLevel {
+    explicit NestingLevel(int& depth, int position) : depth_(depth) {
+        if (++depth_ > kMaxNesting) {
+            --depth_;
+            parse_fault(2083, position, "expression is nested too deeply (more than %d levels)", kMaxNesting);
+        }
+    }
+    ~NestingLevel() { --depth_; }
+    int& depth_;
+};
+
+}  // namespace
+
 ExprPtr ExprParser::expression(int min_precedence, int current_var, const FuncDesc* owner) {
+    NestingLevel level(depth_, static_cast<int>(sc_.position()));
     ExprPtr left = primary(current_var);
     if (!left) return nullptr;
     while (true) {
@@ -364,6 +383,7 @@ ExprPtr ExprParser::function_call(const std::string& name, int current_var, int 
                     name.c_str(), f.arity, given);
     }
     check_arguments(f, args, false, position);
+    if (f.probability) check_noisy(f, args);
     auto call = std::make_unique<Expr>();
     call->kind = ExprKind::Call;
     call->func = &f;

@@ -52,6 +52,7 @@ private:
 
     void check_arguments(const FuncDesc& f, std::vector<ExprPtr>& args, bool as_operator,
                          int position);
+    void check_noisy(const FuncDesc& f, const std::vector<ExprPtr>& args);
     void check_boolean(const FuncDesc& f, ExprPtr& arg, int position);
     ValueType result_type(const FuncDesc& f, const std::vector<ExprPtr>& args) const;
     int find_variable(const std::string& name) const;
@@ -62,6 +63,7 @@ private:
     bool probabilistic_;
     int output_var_;
     bool allow_new_names_;
+    int depth_ = 0;  // nesting of expressions being read, bounded against hostile text
 };
 
 }  // namespace ravelo

@@ -1,9 +1,7 @@
 // Drawing one value of a node from its equation, for simulation.
 #include <cmath>
-#include <mutex>
 #include <vector>
 
-#include "base/environment.h"
 #include "base/failure.h"
 #include "base/random.h"
 #include "base/text.h"
@@ -112,8 +110,6 @@ double sample_from_equation(Node& node, const double* parent_values, RandomGener
     std::vector<double> values(eq->vars.size(), 0.0);
     for (size_t v = 0; v < eq->vars.size(); ++v)
         if (eq->vars[v].parent >= 0) values[v] = parent_values[eq->vars[v].parent];
-    std::unique_lock<std::recursive_mutex> lock;
-    if (rng.takes_env_lock) lock = std::unique_lock(node.net->env->lock);
     if (!eq->probabilistic) {
         double v = evaluate(*eq->expr, values.data(), eq);
         if (is_undef(v))

@@ -109,7 +109,9 @@ bool Scanner::read_number(double& value, std::string& units) {
 std::string Scanner::punctuation_run() {
     skip_space();
     size_t p = pos_;
-    while (p < text_.size() && is_operator_char(text_[p])) ++p;
+    // No operator symbol is longer than this; the rest is for the next look.
+    constexpr size_t kLongestSymbol = 3;
+    while (p < text_.size() && p - pos_ < kLongestSymbol && is_operator_char(text_[p])) ++p;
     return std::string(text_.substr(pos_, p - pos_));
 }
 

@@ -1,10 +1,8 @@
 #include "eqn/to_table.h"
 
 #include <cmath>
-#include <mutex>
 #include <vector>
 
-#include "base/environment.h"
 #include "base/failure.h"
 #include "base/random.h"
 #include "base/text.h"
@@ -43,6 +41,7 @@ private:
     void bind_parents(size_t row);
     void sample_deterministic(std::vector<double>& counts);
     void sample_probabilistic(std::vector<double>& counts);
+    double probability_at(double output_value);
     int output_state(double v);
     std::string input_text() const;
     void store(std::vector<double>& counts, std::vector<int>& function_states, int samples,
@@ -113,20 +112,36 @@ void Conversion::sample_deterministic(std::vector<double>& counts) {
     counts[static_cast<size_t>(output_state(v))] += 1;
 }
 
+double Conversion::probability_at(double output_value) {
+    values_[static_cast<size_t>(eq_.output_var)] = output_value;
+    std::string reason;
+    double p = evaluate_probability(eq_, values_.data(), reason);
+    if (is_undef(p)) {
+        if (reason.empty()) reason = "it gave an undefined value";
+        fail(2555, "error evaluating equation of >-node '%s':  %s.%s%s", node_.name.c_str(),
+             reason.c_str(), "  Input is ", input_text().c_str());
+    }
+    return p;
+}
+
 void Conversion::sample_probabilistic(std::vector<double>& counts) {
-    size_t out = static_cast<size_t>(eq_.output_var);
+    bool cumulative = eq_.vars[static_cast<size_t>(eq_.output_var)].cumulative;
+    double below = 0;  // a cumulative equation: each state gets the rise over it
     for (int s = 0; s < node_.num_states(); ++s) {
-        double weight = 1;
-        if (node_.is_discrete()) values_[out] = s;
-        else values_[out] = sample_in_interval(node_.levels, s, *rng_, weight);
-        std::string reason;
-        double p = evaluate_probability(eq_, values_.data(), reason);
-        if (is_undef(p)) {
-            if (reason.empty()) reason = "it gave an undefined value";
-            fail(2555, "error evaluating equation of >-node '%s':  %s.%s%s", node_.name.c_str(),
-                 reason.c_str(), "  Input is ", input_text().c_str());
+        double p;
+        if (cumulative) {
+            double top = probability_at(node_.is_discrete() ? s : node_.levels[static_cast<size_t>(s) + 1]);
+            if (s == 0 && !node_.is_discrete()) below = probability_at(node_.levels[0]);
+            p = top - below;
+            below = top;
+        } else if (node_.is_discrete()) {
+            p = probability_at(s);
+        } else {
+            double weight;
+            double x = sample_in_interval(node_.levels, s, *rng_, weight);
+            p = probability_at(x) * weight;
         }
-        if (p > 0) counts[static_cast<size_t>(s)] += p * weight;
+        if (p > 0) counts[static_cast<size_t>(s)] += p;
     }
 }
 
@@ -134,7 +149,8 @@ void Conversion::run(int num_samples, bool samp_unc, bool add_exist) {
     bool sampled = false;
     for (const Node* p : node_.parents.nodes) sampled = sampled || !p->is_discrete();
     if (!sampled) num_samples = 1;
-    if (sampled || (eq_.probabilistic && !node_.is_discrete())) RAVELO_ASSERT(rng_ != nullptr);
+    bool cumulative = eq_.probabilistic && eq_.vars[static_cast<size_t>(eq_.output_var)].cumulative;
+    if (sampled || (eq_.probabilistic && !node_.is_discrete() && !cumulative)) RAVELO_ASSERT(rng_ != nullptr);
     if (num_samples > kMaxSamplesPerCell) {
         notice(2557, "only doing %d samples (instead of %d) for a cell of node %s, because otherwise would overflow",
                kMaxSamplesPerCell, num_samples, node_.name.c_str());
@@ -206,8 +222,6 @@ const ParsedEquation& checked_equation(Node& node, bool for_table);
 void equation_to_table(Node& node, int num_samples, bool samp_unc, bool add_exist,
                        RandomGenerator* rng) {
     const ParsedEquation& eq = checked_equation(node, true);
-    std::unique_lock<std::recursive_mutex> lock;
-    if (rng && rng->takes_env_lock) lock = std::unique_lock(node.net->env->lock);
     Conversion(node, eq, rng).run(num_samples, samp_unc, add_exist);
 }
 

@@ -120,8 +120,21 @@ Node* DneReader::make_node(const Object& object, const std::vector<const Stateme
         if (!states->value.is_list()) failure(states->line, "missing open parenthesis");
         count = static_cast<long>(states->value.items.size());
     }
+    std::string what = format("node %s", object.name.c_str());
+    if (!is_discrete && !levels) {
+        for (const char* k : {"states", "statetitles", "StateComments"})
+            if (const Statement* s = find_in(statements, k))
+                failure(s->line, format("there should not be an `%s` statement for this %s because it is not a "
+                                        "discrete or discretized variable", k, "node"));
+        if (numstates && word_of(numstates->value) != "0")
+            failure(numstates->line, format("'%s' field declared '%s', incompatible with '%s' declared 0",
+                                            "numstates", word_of(numstates->value).c_str(), "levels"));
+    }
     if (levels && !is_discrete) {
         long implied = levels->value.is_list() ? static_cast<long>(levels->value.items.size()) - 1 : -1;
+        if (implied < 1)
+            failure(levels->line, format("`levels` has %ld entries, but minimum is %d, because %s is %s",
+                                         implied + 1, 2, what.c_str(), "continuous"));
         if (count >= 0 && implied != count)
             failure(levels->line, format("there are %ld states, but %ld names", implied, count));
         count = std::max(implied, 0L);
@@ -191,8 +204,9 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
                 node.levels.push_back(*v);
             }
             if (node.is_discrete() && node.levels.size() != node.states.size())
-                failure(s->line, format("there are %d entries, but there should be %d, because this %s has that many states",
-                                        static_cast<int>(node.levels.size()), node.num_states(), "node"));
+                failure(s->line, format("`levels` has %d entries, but there should be %d, because %s has %d states and is %s",
+                                        static_cast<int>(node.levels.size()), node.num_states(),
+                                        ("node " + node.name).c_str(), node.num_states(), "discrete"));
         } else if (k == "parents") {
             parents_seen = true;
         } else if (k == "inputs") {

@@ -1,9 +1,11 @@
 // Tables and findings of the text net file reader.
+#include <algorithm>
 #include <cmath>
 #include <functional>
 
 #include "base/numbers.h"
 #include "base/text.h"
+#include "infer/findings.h"
 #include "io/dne_reader.h"
 #include "io/row_check.h"
 
@@ -146,23 +148,23 @@ void DneReader::read_probs(Node& node, const Statement& s) {
             return;
         }
         if (!v.is_list()) problem("missing open parenthesis");
-        if (v.items.size() < m) problem("has too few probabilities");
-        if (v.items.size() > m) problem("has too many probabilities");
-        for (size_t i = 0; i < m; ++i) {
+        std::vector<float> given(v.items.size());
+        for (size_t i = 0; i < v.items.size(); ++i) {
             const Value& item = v.items[i];
             if (item.is_list())
                 walk.fail_at(format("unexpected punctuation %s in table entry [%s] of >-node %s", "(",
                                     condition.c_str(), node.name.c_str()));
-            if (item.text == "@imposs") out[i] = kImpossibleProb;
-            else if (item.text == "@undef") out[i] = kMissingProb;
+            if (item.text == "@imposs") given[i] = kImpossibleProb;
+            else if (item.text == "@undef") given[i] = kMissingProb;
             else if (!item.text.empty() && item.text[0] == '@')
                 walk.fail_at(format("unknown escape name '%s' in table entry [%s] of >-node %s",
                                     item.text.c_str(), condition.c_str(), node.name.c_str()));
-            else if (auto p = read_real(item.text)) out[i] = static_cast<float>(*p);
+            else if (auto p = read_real(item.text)) given[i] = static_cast<float>(*p);
             else problem(format("illegal value '%s'", item.text.c_str()));
         }
-        std::string reason = row_problem(out, static_cast<int>(m));
+        std::string reason = row_problem(given.data(), static_cast<int>(given.size()), static_cast<int>(m));
         if (!reason.empty()) problem(reason);
+        std::copy(given.begin(), given.end(), out);
     };
     if (is_flat(node, s.value, m)) {
         Value row;
@@ -328,7 +330,11 @@ void DneReader::findings(const Declared& d) {
             f.likelihood = std::move(likelihood);
         }
     }
-    node.finding = f;
+    // The checks above name the statement; the engine's entry keeps the
+    // findings and the compiled state in step.
+    if (!f.likelihood.empty()) enter_likelihood(node, f.likelihood.data(), FindingTests::Never);
+    if (f.state >= 0) enter_finding(node, f.state, false, FindingTests::Never);
+    if (f.has_value) enter_value(node, f.value);
 }
 
 }  // namespace ravelo

@@ -49,6 +49,8 @@ std::string write_foreign(NetFormat format, const ForeignNet& net, const std::st
 }  // namespace
 
 Net* read_net(Environment& env, const Stream& stream, int control) {
+    // The binary form is not read by this version.
+    if (extension_of(stream.name) == "tarv") fail(3405, "file is corrupted or of unrecognized format (%d)", 1);
     std::string text = read_stream_text(stream);
     ReadPlace place{stream.name};
     NetFormat format = format_of(stream.name);

@@ -5,7 +5,7 @@
 namespace ravelo {
 
 // Why a probability vector is unacceptable, or "" when it is acceptable
-// (missing entries and all-zero rows are accepted: they mark rows to fill).
-std::string row_problem(const float* row, int length);
+// (missing entries, all-zero and impossible rows are accepted).
+std::string row_problem(const float* row, int length, int expected_length = -1);
 
 }  // namespace ravelo

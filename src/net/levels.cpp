@@ -126,9 +126,8 @@ void set_levels(Node& node, int num, const double* levels) {
     const char* name = node.name.c_str();
     if (num == -1 || !levels) {
         remove_levels(node);
-    } else if (num < 0) {
-        fail(3250, "can't change the number of states of >-node '%s' to %d, because that is negative",
-             name, num);
+    } else if (num < 0 || num > kMaxStates) {
+        check_state_count(node.name, false, num);
     } else if (node.type == NodeType::Continuous) {
         set_thresholds(node, num, levels);
     } else {

@@ -30,20 +30,24 @@ std::string names_problem(const std::vector<std::string>& names) {
     return {};
 }
 
-void check_state_count(const Node& node, int count) {
-    const char* name = node.name.c_str();
-    if (count < 0)
-        fail(3250, "can't change the number of states of >-node '%s' to %d, because that is negative",
-             name, count);
-    if (node.is_discrete() && count < 1)
-        fail(3251, "can't change the number of states of >-node '%s' to %d, because it is a discrete "
-                   ">-node, and discrete >-node-s must have at least one state",
-             name, count);
-}
-
 void structure_changed(Node& node) { discard_compiled(*node.net); }
 
 }  // namespace
+
+void check_state_count(const std::string& node_name, bool discrete, long long count) {
+    const char* name = node_name.c_str();
+    if (count < 0)
+        fail(3250, "can't change the number of states of >-node '%s' to %lld, because that is negative",
+             name, count);
+    if (discrete && count < 1)
+        fail(3251, "can't change the number of states of >-node '%s' to %lld, because it is a discrete "
+                   ">-node, and discrete >-node-s must have at least one state",
+             name, count);
+    if (count > kMaxStates)
+        fail(3276, "can't change the number of states of >-node '%s' to %lld, because that is more than "
+                   "the maximum of %d",
+             name, count, kMaxStates);
+}
 
 std::vector<std::string> split_state_names(const char* text) {
     std::vector<std::string> names;
@@ -137,7 +141,7 @@ void add_states(Node& node, int first, const char* text, int num, double cpt_fil
                    "come from its discretization thresholds (use >-SetNodeLevels_bn)",
              name);
     }
-    check_state_count(node, count + num);
+    check_state_count(node.name, true, static_cast<long long>(count) + num);
     if (first == kLastEntry) first = count;
     if (first < 0 || first > count)
         fail(3264, "can't add states to >-node '%s' before state %d, because its state indexes must be "
@@ -194,7 +198,7 @@ void remove_state(Node& node, int state) {
         // Two neighbouring intervals merge: the threshold between them goes.
         node.levels.erase(node.levels.begin() + (state == count - 1 ? state : state + 1));
     } else {
-        check_state_count(node, count - 1);
+        check_state_count(node.name, true, count - 1);
         if (!node.levels.empty()) node.levels.erase(node.levels.begin() + state);
     }
     std::vector<int> old_of_new;

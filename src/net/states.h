@@ -9,6 +9,11 @@
 
 namespace ravelo {
 
+// The most states a node may have.
+constexpr int kMaxStates = 1 << 20;
+// Fails unless a node may have count states.
+void check_state_count(const std::string& node_name, bool discrete, long long count);
+
 // Splits a list of state names separated by commas or white space.
 std::vector<std::string> split_state_names(const char* text);
 

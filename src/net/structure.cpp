@@ -102,6 +102,8 @@ void delete_node_keeping_children(Node& node) {
         for (size_t k = 0; k < ps.size(); ++k)
             if (ps[k] == &node) replace_parent(*child, static_cast<int>(k), *stand_in);
     }
+    // The stand-in takes the node's place in a user-given elimination order too.
+    if (net.elim_order) std::replace(net.elim_order->nodes.begin(), net.elim_order->nodes.end(), &node, stand_in);
     std::string name = node.name;
     int position = node.index;
     delete_node(node);

@@ -5,6 +5,8 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "base/frame.h"
 #include "base/report.h"
@@ -38,6 +40,7 @@ protected:
         for (report_ns* r = nullptr; (r = GetError_ns(env, NULL_ERR, r)) != nullptr;) ++n;
         return n;
     }
+    size_t env_groups() { return core_of<Environment>(env)->report_groups.size(); }
     environ_ns* env = nullptr;
 };
 
@@ -153,6 +156,38 @@ TEST_F(FrameTest, ClosingFromInsideACallbackIsRefused) {
     current_function_text().clear();
     EXPECT_STREQ(mesg, "Not closing Ravelo because user-claimed object won't close.\n");
     EXPECT_EQ(SetLanguage_ns(-1, env), 1);  // still open
+}
+
+TEST_F(FrameTest, TheTableHoldsAtMostAHundredEnvironments) {
+    std::vector<environ_ns*> more;
+    while (environ_ns* e = NewRaveloEnviron_ns(nullptr, nullptr, nullptr)) more.push_back(e);
+    char mesg[MESG_LEN_ns];
+    for (environ_ns* e : more) CloseRavelo_bn(e, mesg);
+    EXPECT_EQ(more.size(), 99u);
+    report_ns* r = last();
+    ASSERT_NE(r, nullptr);
+    EXPECT_EQ(ErrorSeverity_ns(r), INTERNAL_ERR);
+    std::string text = ErrorMessage_ns(r);
+    EXPECT_EQ(text.rfind("env-", 0), 0u) << text;
+    EXPECT_NE(text.find(" (NumEnvs < MAX_NUM_ENVIROS)."), std::string::npos) << text;
+}
+
+TEST_F(FrameTest, ThreadsCallingAtOnceKeepTheirOwnReports) {
+    constexpr int kEach = 200;
+    auto work = [&](int number, int* seen) {
+        for (int i = 0; i < kEach; ++i) NewError_ns(number, NOTICE_ERR, static_cast<errcond_ns>(0), "n");
+        for (report_ns* r = nullptr; (r = GetError_ns(env, NULL_ERR, r)) != nullptr;)
+            if (ErrorNumber_ns(r) == number) ++*seen;
+            else *seen = -100000;
+    };
+    int seen_a = 0, seen_b = 0;
+    std::thread a(work, 501, &seen_a), b(work, 502, &seen_b);
+    a.join();
+    b.join();
+    ClearErrors_ns(env, INTERNAL_ERR);  // every thread's reports
+    EXPECT_EQ(env_groups(), 0u);
+    EXPECT_EQ(seen_a, kEach);
+    EXPECT_EQ(seen_b, kEach);
 }
 
 TEST_F(FrameTest, HandlesAreCheckedByTag) {

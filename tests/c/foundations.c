@@ -131,6 +131,8 @@ static void reports(environ_ns* env) {
     EXPECT(GetError_ns(env, NULL_ERR, w) == NULL);
     ClearErrors_ns(env, INTERNAL_ERR);
 
+    EXPECT(NewError_ns(1, NOTICE_ERR, (errcond_ns)0, NULL) == NULL);
+    EXPECT_REPORT(5511, "NULL passed for argument 'mesg'");
     EXPECT(NewError_ns(1, (errseverity_ns)9, (errcond_ns)0, "x") == NULL);
     EXPECT_REPORT(5512, "argument 'severity' is 9, but it should be between 0 and 6 inclusive");
 }

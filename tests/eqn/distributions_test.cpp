@@ -152,15 +152,15 @@ TEST_F(DistributionTest, ArgumentChecksOfManyArgumentFunctions) {
         {"NoisyOrDist (E)", "less than 2 arguments to NoisyOrDist"},
         {"NoisyOrDist (E, 0.1, 1)", "odd number of arguments to NoisyOrDist"},
         {"NoisyAndDist (E, 0.1, 1)", "odd number of arguments to NoisyAndDist"},
-        {"NoisyOrMultiDist (E, 3)", "less than 3 arguments to NoisyOrMultiDist"},
-        {"NoisyOrMultiDist (E, 0, 1)", "second argument (num_states) to NoisyOrMultiDist must be at least 1, but it is 0"},
-        {"NoisyOrMultiDist (E, 3, 1, 0)", "there should be 3 leak probabilities (including the normal state \"leak\") since there are 3 states in NoisyOrMultiDist"},
+        {"NoisyOrMultiDist (E, max (3, 3))", "less than 3 arguments to NoisyOrMultiDist"},
+        {"NoisyOrMultiDist (E, max (0, 0), 1)", "second argument (num_states) to NoisyOrMultiDist must be at least 1, but it is 0"},
+        {"NoisyOrMultiDist (E, max (3, 3), 1, 0)", "there should be 3 leak probabilities (including the normal state \"leak\") since there are 3 states in NoisyOrMultiDist"},
         {"NoisyOrMultiDist (E, 2, 1, 0, 1)", "missing final two arguments of last clause in NoisyOrMultiDist"},
         {"NoisyOrMultiDist (E, 2, 1, 0, 1, 1)", "missing final argument of last clause in NoisyOrMultiDist"},
         {"NoisyOrMultiDist (E, 2, 1, 0, 1, 0, 0.5)", "sixth argument (=0) indicates the state that gets triggered, but it should not be state 0, since state 0 is the \"normal\" state for NoisyOrMultiDist"},
-        {"NoisyOrMultiDist (E, 2, 1, 0, 1, 1, 1.5)", "seventh argument is 1.5, but it should be in [0,1] range since it is a probability for NoisyOrMultiDist"},
+        {"NoisyOrMultiDist (E, 2, 1, 0, 1, 1, max (1.5, 0))", "seventh argument is 1.5, but it should be in [0,1] range since it is a probability for NoisyOrMultiDist"},
         {"NoisyMaxTableDist (E, 2, 1, 0, 1, 0.5)", "wrong number of arguments to NoisyMaxTableDist"},
-        {"NoisyMaxTableDist (E, 2, 0.5, 0.4)", "a probability vector in NoisyMaxDist doesn't sum to 1"},
+        {"NoisyMaxTableDist (E, 2, max (0.5, 0), 0.4)", "a probability vector in NoisyMaxDist doesn't sum to 1"},
         {"NoisySumTableDist (E, 1)", "convert this equation to CPT table before using, since it contains the NoisySumTableDist function"},
     };
     Node* e = discrete("E", {"false", "true"});
@@ -169,6 +169,36 @@ TEST_F(DistributionTest, ArgumentChecksOfManyArgumentFunctions) {
         EXPECT_TRUE(std::isnan(prob(c.rhs, 1, false, on_e ? e : nullptr))) << c.rhs;
         EXPECT_EQ(last_report(), c.message) << c.rhs;
     }
+}
+
+TEST_F(DistributionTest, ParseChecksOfTheNoisyFamily) {
+    Node* e = discrete("E", {"false", "true"});
+    Node* c = discrete("C", {"false", "true"});
+    for (Node* p : {c, x}) connect(*p, *e);
+    const struct {
+        const char* text;
+        const char* message;
+    } cases[] = {
+        {"P (E | C) = NoisyOrDist (false, 0.1, C, 0.5)",
+         "first argument of function NoisyOrDist should be a variable (>-node), but it isn't"},
+        {"P (E | X) = NoisyOrDist (E, 0.1, X, 0.5)",
+         "X is a continuous variable (>-node), but only discrete or discretized ones are allowed (in third argument of NoisyOrDist)"},
+        {"P (E | C) = NoisyAndDist (E, 0.1, C, 1.5)",
+         "fourth argument of function NoisyAndDist should be a probability (between 0 and 1), but it is 1.5"},
+        {"P (E | C) = NoisyOrMultiDist (E, C, 1, 0)",
+         "second argument of function NoisyOrMultiDist should be a number, but it isn't"},
+        {"P (E | C) = NoisyOrMultiDist (E, 2.5, 1, 0)",
+         "second argument of function NoisyOrMultiDist should be an integer, but it isn't"},
+        {"P (E | C) = NoisyOrMultiDist (E, 3, 1, 0, 0)",
+         "second argument of function NoisyOrMultiDist is 3, but it should be the number of states of the output variable (=2)"},
+        {"P (E | C) = NoisyOrMultiDist (E, 2, 1, 0, C, 1, 1.5)",
+         "seventh argument of function NoisyOrMultiDist should be a probability (between 0 and 1), but it is 1.5"},
+        {"P (E | C) = NoisyMaxTableDist (E, 2, 0.5, 0.4)",
+         "sum of probabilities for a condition of function NoisyMaxTableDist should be 1, but it is 0.9"},
+        {"P (E | C) = NoisyMaxTableDist (E, 2, 1, 0, C, 0.3, 0.3)",
+         "sum of probabilities for a condition of function NoisyMaxTableDist should be 1, but it is 0.6"},
+    };
+    for (const auto& k : cases) EXPECT_EQ(parse_error(e, k.text), k.message) << k.text;
 }
 
 }  // namespace

@@ -250,6 +250,23 @@ TEST_F(ParseNetTest, ProbabilityOfABooleanOutput) {
               "so its value won't influence the probability calculation, and after normalization its distributions will be uniform");
 }
 
+TEST_F(ParseNetTest, HostileTextIsRefusedWithoutHarm) {
+    EXPECT_EQ(parse_error(out, "Out (Color) = " + std::string(100000, '(') + "1"),
+              "expression is nested too deeply (more than 400 levels)");
+    EXPECT_EQ(parse_error(out, "Out (Color) = " + std::string(100000, '-') + "1"),
+              "expression is nested too deeply (more than 400 levels)");
+    std::string power_tower = "Out (Color) = 1";
+    for (int i = 0; i < 5000; ++i) power_tower += " ^ 1";
+    EXPECT_EQ(parse_error(out, power_tower), "expression is nested too deeply (more than 400 levels)");
+    std::string long_sum = "Out (Color) = 0";
+    for (int i = 0; i < 5000; ++i) long_sum += " + 1";  // flattened: no nesting
+    EXPECT_EQ(parse_error(out, long_sum), "");
+    const char* garbage[] = {"", "(", "P", "P (", "P (|", "Out (Color) = #", "Out (Color) = @", 
+                             "Out (Color) = \x01\xff", "Out (Color) = a--", "Out (Color) = max (", "f",
+                             "P (Out | Color) = NoisyOrMultiDist (Out", "Out (Color) = ?:", "Out ((Color)) = 1"};
+    for (const char* text : garbage) EXPECT_NE(parse_error(out, text), "") << text;
+}
+
 TEST_F(ParseNetTest, AllowedNewNamesAreUndefinedConstants) {
     ParseOptions options;
     options.allow_new_names = true;

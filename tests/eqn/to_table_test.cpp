@@ -148,6 +148,24 @@ TEST_F(ToTableTest, NormalOutputMatchesIntervalProbabilities) {
     for (size_t s = 0; s < 4; ++s) EXPECT_NEAR(row(y, 2)[s], expected[s] / total, 0.02);
 }
 
+TEST_F(ToTableTest, CumulativeEquationsGiveExactIntervalProbabilities) {
+    Node* y = continuous("Y", {-INFINITY, -1, 0, 2, INFINITY});
+    connect(*a, *y);
+    y->equation = "P (<Y | A) = NormalDist (Y, A, 1)";
+    ASSERT_EQ(convert(y), "");
+    auto phi = [](double v) { return 0.5 * std::erfc(-v / std::sqrt(2.0)); };
+    for (int mean = 0; mean < 2; ++mean) {
+        double expected[4] = {phi(-1 - mean), phi(-mean) - phi(-1 - mean), phi(2 - mean) - phi(-mean),
+                              1 - phi(2 - mean)};
+        for (size_t s = 0; s < 4; ++s) EXPECT_NEAR(row(y, static_cast<size_t>(mean))[s], expected[s], 1e-7);
+    }
+    Node* k = discrete("K", {"k0", "k1", "k2"});
+    k->equation = "P (<K) = BinomialDist (K, 4, 0.5)";
+    ASSERT_EQ(convert(k), "");  // 1/16, 4/16 and 6/16, normalised over their 11/16
+    EXPECT_NEAR(row(k, 0)[0], 1.0 / 11, 1e-7);
+    EXPECT_NEAR(row(k, 0)[2], 6.0 / 11, 1e-7);
+}
+
 TEST_F(ToTableTest, FaultsOfTheEquationOrNode) {
     Node* out = discrete("Out", {"o0", "o1", "o2"});
     connect(*a, *out);

@@ -83,7 +83,7 @@ Net* rich_net(Environment& env) {
     weather->vis_y = -3;
     weather->vis_style = "bold";
     weather->user_fields.set("note", "a, b; {c}");
-    weather->finding.state = 1;
+    weather->finding.likelihood = {1.0f, 0.5f, 0.25f};
     Node* temp = create_node(*net, "Temp", 0);
     temp->levels = {-10, 0, 10, 40};
     temp->states.resize(3);
@@ -91,6 +91,7 @@ Net* rich_net(Environment& env) {
     temp->cpt = {0.1f, 0.3f, 0.6f, 0.5f, 0.5f, 0.0f, kImpossibleProb, kImpossibleProb,
                  kImpossibleProb};
     temp->experience = {10, 20, 0};
+    temp->finding.state = 1;  // the interval holding the value
     temp->finding.has_value = true;
     temp->finding.value = 5;
     Node* go = create_node(*net, "Go", 2);
@@ -102,7 +103,7 @@ Net* rich_net(Environment& env) {
     go->func_states[4] = 1;
     go->func_states[8] = kUndefState;
     go->equation = "Go (Weather, Temp) = Weather == sun";
-    go->finding.likelihood = {1.0f, 0.5f};
+    go->finding.state = 0;
     Node* value = create_node(*net, "Value", 0);
     value->kind = NodeKind::Utility;
     connect(*go, *value);
@@ -166,7 +167,7 @@ struct BadFile {
 TEST_F(NetFileReading, FaultyFilesGetTheReadersMessages) {
     const BadFile cases[] = {
         {"node A { states = (a, b); probs = (0.5); };",
-         "has too few probabilities in table entry [] of node A"},
+         "has too few probabilities, sum of probabilities isn't 1 (100%) in table entry [] of node A"},
         {"node A { states = (a, b); };\nnode B { states = (a, b); parents = (A); probs = ((1, 0), (0.5, 0.4)); };",
          "sum of probabilities isn't 1 (100%) in table entry [b] of node B"},
         {"node A { states = (a, b); };\nnode B { states = (a, b); parents = (A); probs = ((1, 0)); };",
@@ -223,6 +224,14 @@ TEST_F(NetFileReading, FaultyFilesGetTheReadersMessages) {
         {"node A { states = (a, b); parents = (B); };\nnode B { states = (a, b); parents = (A); };",
          "would result in a directed cycle"},
         {"gadget G { };", "unknown object 'gadget'"},
+        {"node A { discrete = FALSE; states = (a, b); };",
+         "there should not be an `states` statement for this node because it is not a discrete or discretized variable"},
+        {"node A { discrete = FALSE; levels = (1); };",
+         "`levels` has 1 entries, but minimum is 2, because node A is continuous"},
+        {"node A { states = (a, b); levels = (1, 2, 3); };",
+         "`levels` has 3 entries, but there should be 2, because node A has 2 states and is discrete"},
+        {"node A { discrete = FALSE; numstates = 3; };",
+         "'numstates' field declared '3', incompatible with 'levels' declared 0"},
     };
     for (const BadFile& c : cases) {
         SCOPED_TRACE(c.body);

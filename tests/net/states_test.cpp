@@ -75,6 +75,11 @@ TEST_F(StatesTest, DiscreteNodesKeepAtLeastOneState) {
     EXPECT_EQ(GetNodeNumberStates_bn(a), 1);
     EXPECT_EQ(node("neg", -1), nullptr);
     EXPECT_EQ(last_number(), 3250);
+    EXPECT_EQ(node("huge", 2000000000), nullptr);
+    EXPECT_EQ(last_number(), 3276);
+    AddNodeStates_bn(a, LAST_ENTRY, nullptr, 2147483647, 0.0);  // no overflow on the way
+    EXPECT_EQ(take_message(),
+              "can't change the number of states of node 'a' to 2147483648, because that is more than the maximum of 1048576");
 }
 
 TEST_F(StatesTest, AddedStatesWidenTablesOfTheNodeAndItsChildren) {

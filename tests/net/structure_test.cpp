@@ -69,6 +69,20 @@ TEST_F(StructureTest, NodeSets) {
     EXPECT_FALSE(remove_from_node_set(*net, "Group", *a));
 }
 
+TEST_F(StructureTest, StandInTakesTheDeletedNodesPlaceInTheEliminationOrder) {
+    net->elim_order = env->store.make<NodeList>(net, true);
+    net->elim_order->nodes = {c, b, a};
+    delete_node_keeping_children(*b);
+    Node* stand_in = net->find("b");
+    ASSERT_NE(stand_in, nullptr);
+    EXPECT_NE(stand_in, b);
+    EXPECT_EQ(net->elim_order->nodes, (std::vector<Node*>{c, stand_in, a}));
+    EXPECT_EQ(stand_in->index, 1);
+    EXPECT_TRUE(stand_in->parents.nodes.empty());  // a stand-in only serves as a parent
+    EXPECT_EQ(c->parents.nodes, (std::vector<Node*>{stand_in}));
+    EXPECT_TRUE(a->children.nodes.empty());
+}
+
 TEST_F(StructureTest, LinkNamesAllAtOnce) {
     Node* d = create_node(*net, "d", 2);
     connect(*a, *d);

@@ -1,0 +1,109 @@
+/* Streams and net files seen from a plain C program: memory and file
+ * streams, reading and writing nets, and the reports of bad arguments. */
+#include <math.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include "ravelo/ravelo.h"
+
+static int failures = 0;
+
+#define EXPECT(cond)                                                           \
+    do {                                                                       \
+        if (!(cond)) {                                                         \
+            fprintf(stderr, "%s:%d: expected %s\n", __FILE__, __LINE__, #cond); \
+            ++failures;                                                        \
+        }                                                                      \
+    } while (0)
+
+/* The newest report's message (empty when none), then every report is cleared. */
+static const char* last_message(environ_ns* env) {
+    static char text[1024];
+    const report_ns* r = NULL, *last = NULL;
+    while ((r = GetError_ns(env, NULL_ERR, r)) != NULL) last = r;
+    snprintf(text, sizeof text, "%s", last ? ErrorMessage_ns(last) : "");
+    ClearErrors_ns(env, ERROR_ERR);
+    return text;
+}
+
+static const char* const kNet =
+    "// ~->[DNET-1]->~\n\n"
+    "bnet Tiny {\n"
+    "node Rain { states = (yes, no); probs = (0.2, 0.8); };\n"
+    "node Wet { states = (yes, no); parents = (Rain); probs = ((0.9, 0.1), (0.1, 0.9)); "
+    "evidence = yes; };\n"
+    "};\n";
+
+int main(void) {
+    char mesg[MESG_LEN_ns];
+    environ_ns* env = NewRaveloEnviron_ns(NULL, NULL, NULL);
+    EXPECT(InitRavelo2_bn(env, mesg) == 0);
+
+    /* A net read from memory, written back to memory, read again. */
+    stream_ns* in = NewMemoryStream_ns("tiny.dne", env, NULL);
+    SetStreamContents_ns(in, kNet, -1, 0);
+    net_bn* net = ReadNet_bn(in, NO_WINDOW);
+    EXPECT(net != NULL);
+    EXPECT(net && strcmp(GetNetName_bn(net), "Tiny") == 0);
+    stream_ns* out = NewMemoryStream_ns("copy.dne", env, NULL);
+    WriteNet_bn(net, out);
+    long length = 0;
+    const char* text = GetStreamContents_ns(out, &length);
+    EXPECT(text != NULL && length == (long)strlen(text));
+    EXPECT(text && strncmp(text, "// ~->[DNET-1]->~\n\n", 19) == 0);
+    EXPECT(text && strstr(text, "evidence = yes;") != NULL);
+    net_bn* again = ReadNet_bn(out, NO_WINDOW);
+    EXPECT(again != NULL);
+
+    /* The finding stored in the file is entered: beliefs reflect it. */
+    CompileNet_bn(again);
+    node_bn* rain = GetNodeNamed_bn("Rain", again);
+    const prob_bn* beliefs = rain ? GetNodeBeliefs_bn(rain) : NULL;
+    EXPECT(beliefs && fabs(beliefs[0] - 0.18 / 0.26) < 1e-5);
+    EXPECT(GetNodeFinding_bn(GetNodeNamed_bn("Wet", again)) == 0);
+    EXPECT(strcmp(last_message(env), "") == 0);
+
+    /* Through a file, in another format. */
+    const char* path = "net_files_test.bif";
+    stream_ns* file = NewFileStream_ns(path, env, NULL);
+    WriteNet_bn(net, file);
+    EXPECT(strcmp(last_message(env), "") == 0);
+    net_bn* from_file = ReadNet_bn(file, NO_WINDOW);
+    EXPECT(from_file != NULL);
+    EXPECT(from_file && strcmp(GetNetFileName_bn(from_file), path) == 0);
+    DeleteStream_ns(file);
+    remove(path);
+
+    /* Bad arguments are reported and change nothing. */
+    EXPECT(NewFileStream_ns(NULL, env, NULL) == NULL);
+    EXPECT(strcmp(last_message(env), "NULL passed for file name") == 0);
+    SetStreamContents_ns(NULL, "x", 1, 1);
+    EXPECT(strcmp(last_message(env), "NULL passed for stream_ns") == 0);
+    stream_ns* missing = NewFileStream_ns("no/such/dir/net.dne", env, NULL);
+    EXPECT(ReadNet_bn(missing, NO_WINDOW) == NULL);
+    EXPECT(strcmp(last_message(env), "couldn't open file 'no/such/dir/net.dne' for reading") == 0);
+    WriteNet_bn(net, missing);
+    EXPECT(strcmp(last_message(env), "couldn't open file 'no/such/dir/net.dne' for writing") == 0);
+    SetStreamContents_ns(missing, "x", 1, 1);
+    EXPECT(strstr(last_message(env), "because it is a file stream") != NULL);
+    SetStreamContents_ns(in, "x", -2, 1);
+    EXPECT(strcmp(last_message(env), "argument 'length' is -2, but it must not be less than -1") == 0);
+    WriteNet_bn(NULL, out);
+    EXPECT(strcmp(last_message(env), "NULL passed for net_bn") == 0);
+    DeleteStream_ns(missing);
+    WriteNet_bn(net, missing);
+    EXPECT(strcmp(last_message(env), "deleted or damaged stream_ns passed") == 0);
+
+    /* A broken file leaves no net behind. */
+    SetStreamContents_ns(in, "bnet Broken { node A { states = (a); probs = (2); }; };", -1, 1);
+    EXPECT(ReadNet_bn(in, NO_WINDOW) == NULL);
+    EXPECT(strstr(last_message(env), "has a probability greater than 1") != NULL);
+    EXPECT(GetNthNet_bn(3, env) == NULL);
+    EXPECT(GetNthNet_bn(2, env) == from_file);
+
+    DeleteStream_ns(in);
+    DeleteStream_ns(out);
+    EXPECT(CloseRavelo_bn(env, mesg) == 0);
+    return failures == 0 ? 0 : 1;
+}

@@ -1,0 +1,23 @@
+// A progress bar on standard error, drawn only when it is a terminal.
+#pragma once
+
+namespace ravelo_cli {
+
+class Progress {
+public:
+    explicit Progress(int steps);
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    // Marks the start of the next step, named in the bar.
+    void step(const char* name);
+
+private:
+    void draw(const char* name) const;
+    int steps_;
+    int done_ = 0;
+    bool shown_;
+};
+
+}  // namespace ravelo_cli

@@ -1,0 +1,34 @@
+// An engine environment for one run of the program, and the way engine
+// reports become messages on standard error and a failing exit.
+#pragma once
+#include <stdexcept>
+#include <string>
+
+#include "ravelo/ravelo.h"
+
+namespace ravelo_cli {
+
+// A failure already explained to the user; main() turns it into exit code 1.
+struct CommandFailed : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+class Session {
+public:
+    Session();
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    environ_ns* env() const { return env_; }
+    // Reads a net from a file, in the format its extension names.
+    net_bn* read_net(const std::string& path);
+    void write_net(net_bn* net, const std::string& path);
+    // Throws CommandFailed with the engine's message if an error was reported.
+    void check(const char* doing);
+
+private:
+    environ_ns* env_ = nullptr;
+};
+
+}  // namespace ravelo_cli
