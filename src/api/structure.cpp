@@ -17,7 +17,7 @@ const char* checked_relation(const char* relation) {
 
 void check_same_net(const NodeList& list, const Net& net) {
     if (list.net && list.net != &net)
-        fail(5666, "the >-Bnodes list passed is for a different >-net than the >-Bnode");
+        fail(5676, "the >-Bnodes list passed is for a different >-net than the >-Bnode");
 }
 
 }  // namespace

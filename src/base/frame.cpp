@@ -4,10 +4,6 @@
 #include <memory>
 #include <mutex>
 
-#if defined(__x86_64__) || defined(__i386__)
-#include <fpu_control.h>
-#endif
-
 #include "base/text.h"
 #include "base/thread_state.h"
 
@@ -43,22 +39,6 @@ void lock_api() {
 void unlock_api() {
     ApiLock& l = api_lock();
     if (l.type_code() == kLockType) l.mutex.unlock();
-}
-
-// Every exception masked (denormal included), 53-bit precision, round to nearest.
-void set_engine_float_state() {
-    std::feclearexcept(FE_ALL_EXCEPT);
-    std::fesetround(FE_TONEAREST);
-#if defined(__GLIBC__)
-    fedisableexcept(FE_ALL_EXCEPT);
-#endif
-#if defined(__x86_64__) || defined(__i386__)
-    fpu_control_t cw;
-    _FPU_GETCW(cw);
-    cw = static_cast<fpu_control_t>((cw & ~(_FPU_EXTENDED | _FPU_RC_ZERO)) | _FPU_DOUBLE |
-                                    _FPU_RC_NEAREST | 0x3F);
-    _FPU_SETCW(cw);
-#endif
 }
 
 constexpr std::size_t kReserveSize = 64 * 1024;
@@ -113,9 +93,7 @@ bool is_callback_marker(const std::string& text) { return text.rfind("Callback",
 
 ApiFrame::ApiFrame(const char* function) : function_(function) {
     lock_api();
-    std::feclearexcept(FE_ALL_EXCEPT);
-    std::fegetenv(&saved_fenv_);
-    set_engine_float_state();
+    float_state_.enter();
     saved_environment_ = current_environment();
     std::string& current = current_function_text();
     saved_function_ = current;
@@ -137,8 +115,7 @@ ApiFrame::ApiFrame(const char* function) : function_(function) {
 ApiFrame::~ApiFrame() {
     current_function_text() = saved_function_;
     set_current_environment(saved_environment_);
-    std::feclearexcept(FE_ALL_EXCEPT);
-    std::fesetenv(&saved_fenv_);
+    float_state_.leave();
     unlock_api();
 }
 

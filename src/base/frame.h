@@ -12,6 +12,7 @@
 
 #include "base/environment.h"
 #include "base/failure.h"
+#include "base/float_state.h"
 
 struct environ_ns;
 
@@ -110,7 +111,7 @@ private:
     const char* function_;
     std::string saved_function_;
     Environment* saved_environment_;
-    std::fenv_t saved_fenv_;
+    FloatState float_state_;
 };
 
 // The integer a caller passed for an enumeration argument.  C callers may

@@ -106,7 +106,10 @@ private:
     bool wants_cumulative(const Expr& e) const {
         if (!eq_ || !e.func->probability || e.args.empty()) return false;
         const Expr* first = e.args[0].get();
-        while (first->kind == ExprKind::Call && first->func->name == "_not") first = first->args[0].get();
+        // Look through the wrappers the parser puts around variables (_not, _levels, _discretize).
+        while (first->kind == ExprKind::Call && first->func->name[0] == '_' && !first->func->probability &&
+               !first->args.empty())
+            first = first->args[0].get();
         return first->kind == ExprKind::Variable && eq_->vars[static_cast<size_t>(first->var)].cumulative;
     }
 

@@ -174,6 +174,8 @@ void Conversion::run(int num_samples, bool samp_unc, bool add_exist) {
         std::copy(cell.begin(), cell.end(), counts.begin() + static_cast<long>(row * m));
     }
     store(counts, function_states, num_samples, samp_unc, add_exist, function_table);
+    node_.chance = eq_.probabilistic || sampled ? Chance::Chance : Chance::Determin;
+    node_tables_changed(node_);
 }
 
 void Conversion::store(std::vector<double>& counts, std::vector<int>& function_states,
@@ -210,9 +212,7 @@ void Conversion::store(std::vector<double>& counts, std::vector<int>& function_s
     else node_.func_states.clear();
     node_.func_reals.clear();
     if (samp_unc) node_.experience = std::move(experience);
-    node_.chance = eq_.probabilistic || node_.func_states.empty() ? Chance::Chance : Chance::Determin;
     node_.equation_dirty = false;
-    node_tables_changed(node_);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 namespace ravelo {
 namespace {
 
-constexpr double kPriorLimit = 5e7;
+constexpr double kPriorLimit = 3e8;
 
 IndexMap make_map(const JunctionTree& jt, const Clique& clique, const Sepset& sepset) {
     const Graph& g = jt.graph;

@@ -10,7 +10,7 @@
 namespace ravelo {
 namespace {
 
-constexpr int kRelationTextNumber = 5660;
+constexpr int kRelationTextNumber = 5670;
 
 void read_word(RelationRequest& r, std::string word, size_t start, int& relations, int& list_ops) {
     struct Option { const char* word; ListOp op; };

@@ -144,12 +144,12 @@ void read_beliefs(Node& node) {
     node.beliefs.assign(static_cast<size_t>(n), 0.0f);
     if (v < 0 || n == 0) return;
     const Clique& c = jt.cliques[jt.belief_clique[v]];
-    std::vector<double> sums(static_cast<size_t>(n));
-    member_sums(c, member_position(c, v), n, sums.data());
+    double* sums = jt.sums.data();  // sized for the widest node at allocation
+    member_sums(c, member_position(c, v), n, sums);
     double total = 0.0;
-    for (double s : sums) total += s;
+    for (int i = 0; i < n; ++i) total += sums[i];
     if (total > 0.0)
-        for (int i = 0; i < n; ++i) node.beliefs[static_cast<size_t>(i)] = static_cast<float>(sums[static_cast<size_t>(i)] / total);
+        for (int i = 0; i < n; ++i) node.beliefs[static_cast<size_t>(i)] = static_cast<float>(sums[i] / total);
     node.beliefs_current = true;
 }
 

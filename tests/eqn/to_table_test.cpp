@@ -115,6 +115,7 @@ TEST_F(ToTableTest, ContinuousOutputIsBinnedIntoItsIntervals) {
     for (size_t r = 0; r < 3; ++r)
         for (size_t s = 0; s < 3; ++s) EXPECT_EQ(row(reading, r)[s], r == s ? 1.0f : 0.0f);
     EXPECT_TRUE(reading->func_states.empty());
+    EXPECT_EQ(reading->chance, Chance::Determin);  // nothing sampled: still a function of B
 }
 
 TEST_F(ToTableTest, ContinuousOutputDensitiesTimesWidths) {
@@ -164,6 +165,12 @@ TEST_F(ToTableTest, CumulativeEquationsGiveExactIntervalProbabilities) {
     ASSERT_EQ(convert(k), "");  // 1/16, 4/16 and 6/16, normalised over their 11/16
     EXPECT_NEAR(row(k, 0)[0], 1.0 / 11, 1e-7);
     EXPECT_NEAR(row(k, 0)[2], 6.0 / 11, 1e-7);
+    Node* leveled = discrete("Lv", {"l1", "l2", "l3"}, {1, 2, 3});
+    leveled->equation = "P (<Lv) = PoissonDist (Lv, 2)";  // the cumulative reads the level values
+    ASSERT_EQ(convert(leveled), "");
+    double p1 = 2 * std::exp(-2.0), p2 = 2 * std::exp(-2.0), p3 = 4.0 / 3 * std::exp(-2.0);
+    EXPECT_NEAR(row(leveled, 0)[0], (std::exp(-2.0) + p1) / (std::exp(-2.0) + p1 + p2 + p3), 1e-6);
+    EXPECT_NEAR(row(leveled, 0)[2], p3 / (std::exp(-2.0) + p1 + p2 + p3), 1e-6);
 }
 
 TEST_F(ToTableTest, FaultsOfTheEquationOrNode) {
