@@ -121,6 +121,18 @@ static void states_and_tables(environ_ns* env) {
     EXPECT(GetNodeProbs_bn(a, NULL)[1] == 0.499998f);
     SetNodeProbs_bn(a, NULL, zeros); /* a row yet to be filled */
     EXPECT(last_report(env) == NULL && GetNodeProbs_bn(a, NULL)[0] == 0);
+    SetNodeKind_bn(a, UTILITY_NODE);
+    EXPECT_REPORT(3254, "can't make node 'a' discrete, because it is a utility node and has no "
+                        "discretization thresholds defined");
+    EXPECT(GetNodeKind_bn(a) == NATURE_NODE);
+
+    node_bn* d = NewNode_bn("d", 3, net);
+    prob_bn sure[3] = {1, 0, 0};
+    SetNodeProbs_bn(d, NULL, sure);
+    RemoveNodeState_bn(d, 0);
+    EXPECT_REPORT(3088, "removing state 0 from node d creates a row in its CPT table having all "
+                        "zeros (i.e. indicates impossible condition)");
+    EXPECT(GetNodeNumberStates_bn(d) == 2);
 
     node_bn* c = NewNode_bn("c", 0, net);
     EXPECT(GetNodeType_bn(c) == CONTINUOUS_TYPE);
