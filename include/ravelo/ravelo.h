@@ -393,9 +393,9 @@ RAVELO_API double GetNodeExperience_bn (const node_bn* node, const state_bn* par
 RAVELO_API void SetNodeExperience_bn (node_bn* node, const state_bn* parent_states, double experience);
 /* Removes the node's CPT, function and experience tables. */
 RAVELO_API void DeleteNodeTables_bn (node_bn* node);
-/* Tells whether the node has a table; *complete (if not NULL) whether it has no missing entries. */
+/* Tells whether the node has a table; *complete (if not NULL) whether it has no missing entries; 0 on failure. */
 RAVELO_API bool_ns HasNodeTable_bn (const node_bn* node, bool_ns* complete);
-/* Tells whether the node's relation to its parents is a function. */
+/* Tells whether the node's relation to its parents is a function; 0 on failure. */
 RAVELO_API bool_ns IsNodeDeterministic_bn (const node_bn* node);
 
 /* ------------------------------------------------------------------------ */

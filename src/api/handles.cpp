@@ -13,6 +13,7 @@ Net& checked_net(ApiFrame& frame, const net_bn* handle, const char* argument) {
     ApiFrame::check(handle, kNetHandle, argument);
     Net* net = core_of<Net>(handle);
     frame.use(*net->env);
+    frame.hold(net->lock);
     return *net;
 }
 
@@ -20,13 +21,17 @@ Node& checked_node(ApiFrame& frame, const node_bn* handle, const char* argument)
     ApiFrame::check(handle, kNodeHandle, argument);
     Node* node = core_of<Node>(handle);
     frame.use(*node->net->env);
+    frame.hold(node->net->lock);
     return *node;
 }
 
 NodeList& checked_list(ApiFrame& frame, const nodelist_bn* handle, const char* argument) {
     ApiFrame::check(handle, kNodeListHandle, argument);
     NodeList* list = core_of<NodeList>(handle);
-    if (list->net) frame.use(*list->net->env);
+    if (list->net) {
+        frame.use(*list->net->env);
+        frame.hold(list->net->lock);
+    }
     return *list;
 }
 

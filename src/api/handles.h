@@ -20,11 +20,11 @@ inline const nodelist_bn* handle_of(const NodeList* l) {
     return reinterpret_cast<const nodelist_bn*>(l);
 }
 
-// Checks a net handle and enters its environment.
+// Checks a net handle, enters its environment and holds the net for the call.
 Net& checked_net(ApiFrame& frame, const net_bn* net, const char* argument = nullptr);
-// Checks a node handle and enters its environment.
+// Checks a node handle, enters its environment and holds its net for the call.
 Node& checked_node(ApiFrame& frame, const node_bn* node, const char* argument = nullptr);
-// Checks a node list handle (and its net's environment when it has one).
+// Checks a node list handle (entering and holding its net when it has one).
 NodeList& checked_list(ApiFrame& frame, const nodelist_bn* list, const char* argument = nullptr);
 // A list the function may change: constant lists are refused.
 NodeList& checked_mutable_list(ApiFrame& frame, nodelist_bn* list, const char* argument = nullptr);

@@ -113,10 +113,19 @@ ApiFrame::ApiFrame(const char* function) : function_(function) {
 }
 
 ApiFrame::~ApiFrame() {
+    while (num_held_ > 0) held_[--num_held_]->unlock();
     current_function_text() = saved_function_;
     set_current_environment(saved_environment_);
     float_state_.leave();
     unlock_api();
+}
+
+void ApiFrame::hold(std::recursive_mutex& lock) {
+    for (int i = 0; i < num_held_; ++i)
+        if (held_[i] == &lock) return;
+    RAVELO_ASSERT(num_held_ < kMaxHeldLocks);
+    lock.lock();
+    held_[num_held_++] = &lock;
 }
 
 void ApiFrame::check(const void* handle, const HandleKind& kind, const char* argument) {

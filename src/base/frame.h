@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
+#include <mutex>
 #include <new>
 #include <string>
 
@@ -101,6 +102,12 @@ public:
 
     const char* function() const { return function_; }
 
+    // Holds an object's own lock (a net's) until the frame ends; it is let go
+    // before the interface lock.  Holding the same lock twice holds it once.
+    void hold(std::recursive_mutex& lock);
+    // How many distinct object locks one call may hold at once.
+    static constexpr int kMaxHeldLocks = 8;
+
     // The report a failure stands for: the one a Failure carries, or one made
     // now for anything else.  NULL only if even that could not be made.
     static Report* report_of(std::exception_ptr failure);
@@ -112,6 +119,8 @@ private:
     std::string saved_function_;
     Environment* saved_environment_;
     FloatState float_state_;
+    std::recursive_mutex* held_[kMaxHeldLocks] = {};
+    int num_held_ = 0;
 };
 
 // The integer a caller passed for an enumeration argument.  C callers may

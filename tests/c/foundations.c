@@ -188,6 +188,36 @@ static void fault_recovery(environ_ns* env) {
     EXPECT(count_reports(env) == 0);
 }
 
+/* Opening values of both streams for several seeds, from a separate
+ * transcription of the two shuffled generators. */
+static void random_streams_for_seeds(environ_ns* env) {
+    static const struct {
+        const char* seed;
+        double uniform[5];
+        double integer[5];
+    } expected[] = {
+        {"0", {0.171148419380188, 0.6423839330673218, 0.8688522577285767, 0.17056703567504883, 0.6933577656745911},
+         {119308, 399988, 163260, 327917, 27820}},
+        {"-3", {0.7369496822357178, 0.00017941143596544862, 0.25435447692871094, 0.2813825011253357, 0.1837569624185562},
+         {24034, 102564, 139204, 405824, 486597}},
+        {"2147483646", {0.23891086876392365, 0.3810366988182068, 0.42676275968551636, 0.6491020321846008, 0.9856375455856323},
+         {459331, 471093, 327402, 661566, 235921}},
+        {"1000000", {0.3442125618457794, 0.8937084078788757, 0.4359986484050751, 0.1465742439031601, 0.5899291634559631},
+         {360289, 510711, 565620, 376378, 258128}},
+    };
+    for (size_t k = 0; k < sizeof expected / sizeof expected[0]; ++k) {
+        double values[5];
+        randgen_ns* g = NewRandomGenerator_ns(expected[k].seed, env, NULL);
+        EXPECT(g != NULL);
+        GenerateRandomNumbers_ns(g, values, 5, NULL);
+        EXPECT(memcmp(values, expected[k].uniform, sizeof values) == 0);
+        GenerateRandomNumbers_ns(g, values, 5, "integer");
+        EXPECT(memcmp(values, expected[k].integer, sizeof values) == 0);
+        DeleteRandomGen_ns(g);
+    }
+    EXPECT(count_reports(env) == 0);
+}
+
 static void random_generators(environ_ns* env) {
     double values[60], again[60];
     randgen_ns* g = NewRandomGenerator_ns("3", env, NULL);
@@ -268,6 +298,7 @@ int main(void) {
     throttling(env);
     fault_recovery(env);
     random_generators(env);
+    random_streams_for_seeds(env);
     stale_net_handles(env);
     EXPECT(CloseRavelo_bn(env, mesg) == 0);
 

@@ -1,6 +1,8 @@
 // Nets: naming, copying with its options, user fields, listeners and stale handles.
+#include <thread>
 #include <vector>
 
+#include "api/handles.h"
 #include "net_fixture.h"
 
 namespace {
@@ -170,6 +172,61 @@ TEST_F(NetsTest, StaleHandlesAreReportedNotUsed) {
     EXPECT_EQ(GetNodeName_bn(nullptr), nullptr);
     EXPECT_EQ(take_message(), "NULL passed for node_bn");
     net = nullptr;
+}
+
+// Whether another thread could take the net's own lock right now.
+bool free_to_other_threads(const net_bn* net) {
+    ravelo::Net* n = ravelo::core_of<ravelo::Net>(net);
+    bool taken = false;
+    std::thread other([&] {
+        taken = n->lock.try_lock();
+        if (taken) n->lock.unlock();
+    });
+    other.join();
+    return taken;
+}
+
+struct LockSeen {
+    const net_bn* net;
+    std::vector<bool> free;
+};
+
+int sees_net_lock(const node_bn*, eventtype_ns, void* obj, void*) {
+    auto* seen = static_cast<LockSeen*>(obj);
+    seen->free.push_back(free_to_other_threads(seen->net));
+    return 0;
+}
+
+TEST_F(NetsTest, EachCallHoldsItsNetsLockForItsWholeRun) {
+    // Listeners run in the middle of a call: the net must be held there, by
+    // node calls, net calls and calls through a node list alike.
+    LockSeen seen{net, {}};
+    AddNodeListener_bn(nullptr, sees_net_lock, &seen, -1);
+    node_bn* a = node("a", 2);
+    nodelist_bn* list = NewNodeList2_bn(0, net);
+    AddNodeToList_bn(a, list, LAST_ENTRY);
+    CopyNodes_bn(list, net, nullptr);
+    DeleteNode_bn(a);
+    AddNodeListener_bn(nullptr, sees_net_lock, &seen, 0);
+    EXPECT_EQ(seen.free, (std::vector<bool>{false, false, false}));
+
+    // Let go on every way out: success, refusal, and a frame that failed
+    // after taking the lock.
+    EXPECT_TRUE(free_to_other_threads(net));
+    SetNodeName_bn(node("b", 2), "bad name");
+    EXPECT_EQ(take_message(), "'bad name' is not a legal name for a node");
+    EXPECT_TRUE(free_to_other_threads(net));
+    {
+        ravelo::ApiFrame frame("Test_bn");
+        frame.run([&] {
+            ravelo::checked_net(frame, net);
+            ravelo::checked_net(frame, net);  // held once, let go once
+            ravelo::fail(5999, "deliberate");
+        });
+        EXPECT_FALSE(free_to_other_threads(net));
+    }
+    EXPECT_TRUE(free_to_other_threads(net));
+    DeleteNodeList_bn(list);
 }
 
 }  // namespace
