@@ -46,6 +46,81 @@ std::optional<long> read_integer(std::string_view word) {
     return value;
 }
 
+namespace {
+
+bool is_digit_char(char c) { return c >= '0' && c <= '9'; }
+bool is_word_start(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+bool is_word_char(char c) { return is_word_start(c) || is_digit_char(c); }
+
+// Length of the digits, point and exponent of a number starting at text[0].
+size_t numeral_length(std::string_view text) {
+    size_t p = 0;
+    auto digit_at = [&](size_t i) { return i < text.size() && is_digit_char(text[i]); };
+    if (p < text.size() && text[p] == '-') ++p;
+    while (digit_at(p)) ++p;
+    if (p < text.size() && text[p] == '.') {
+        ++p;
+        while (digit_at(p)) ++p;
+    }
+    if (p < text.size() && (text[p] == 'e' || text[p] == 'E')) {
+        size_t q = p + 1;
+        if (q < text.size() && (text[q] == '+' || text[q] == '-')) ++q;
+        if (digit_at(q)) {
+            while (digit_at(q)) ++q;
+            p = q;
+        }
+    }
+    return p;
+}
+
+size_t special_value_length(std::string_view text, double& value) {
+    struct Form {
+        std::string_view word;
+        double value;
+    };
+    const Form forms[] = {{"@undef", undef_value()},          {"@infinity", infinity_value()},
+                          {"@inf", infinity_value()},         {"@neginfinity", -infinity_value()},
+                          {"@neginf", -infinity_value()}};
+    for (const Form& f : forms) {
+        size_t len = f.word.size();
+        if (text.substr(0, len) == f.word && !(len < text.size() && is_word_char(text[len]))) {
+            value = f.value;
+            return len;
+        }
+    }
+    return 0;
+}
+
+}  // namespace
+
+size_t read_number_prefix(std::string_view text, double& value, std::string& units) {
+    double x = 0;
+    size_t taken = 0;
+    if (!text.empty() && text[0] == '@') {
+        taken = special_value_length(text, x);
+    } else {
+        taken = numeral_length(text);
+        // A lone "-" or "." is no number; read_real decides the rest.
+        std::optional<double> read = taken ? read_real(text.substr(0, taken)) : std::nullopt;
+        if (!read) return 0;
+        x = *read;
+    }
+    if (taken == 0) return 0;
+    size_t after = taken;
+    while (after < text.size() && (text[after] == ' ' || text[after] == '\t' || text[after] == '\n' ||
+                                   text[after] == '\r'))
+        ++after;
+    units.clear();
+    if (after < text.size() && is_word_start(text[after])) {
+        size_t end = after;
+        while (end < text.size() && is_word_char(text[end])) ++end;
+        units.assign(text.substr(after, end - after));
+        taken = end;
+    }
+    value = x;
+    return taken;
+}
+
 std::string real_text(double x) {
     if (is_undef(x)) return "@undef";
     if (std::isinf(x)) return x > 0 ? "INFINITY" : "-INFINITY";

@@ -23,7 +23,7 @@ class EquationParser {
 public:
     EquationParser(const std::string& text, Node& node, const ParseOptions& options)
         : sc_(text), node_(node), options_(options),
-          local_(std::make_unique<SymbolTable>(&builtin_symbols())) {}
+          local_(std::make_unique<SymbolTable>(options.functions ? options.functions : &builtin_symbols())) {}
 
     std::unique_ptr<ParsedEquation> parse();
 
@@ -263,6 +263,20 @@ std::unique_ptr<ParsedEquation> parse_equation(const std::string& text, Node& no
         problem.subject = parser.unknown_name_;
         return nullptr;
     }
+}
+
+const FuncDesc& define_function(SymbolTable& table, const std::string& name,
+                                std::unique_ptr<ParsedEquation> definition) {
+    RAVELO_ASSERT(definition && definition->expr && !definition->probabilistic);
+    FuncDesc f;
+    f.name = name;
+    f.arity = static_cast<int>(definition->vars.size()) - 1;  // the output comes last
+    f.result = definition->expr->type;
+    f.first = f.rest = ValueType::Numeric;
+    // The body keeps the whole definition alive: its calls may name the definition's own table.
+    std::shared_ptr<ParsedEquation> owner(std::move(definition));
+    f.body = std::shared_ptr<const Expr>(owner, owner->expr.get());
+    return table.add_function(std::move(f));
 }
 
 }  // namespace ravelo

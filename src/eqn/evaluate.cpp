@@ -14,6 +14,7 @@ namespace {
 
 thread_local std::string t_problem;
 thread_local bool t_has_problem = false;
+thread_local bool t_building_table = false;
 
 constexpr int kEvalErrorNumber = 2510;
 
@@ -96,6 +97,7 @@ private:
                 error_report(2512, "attempt to evaluate 'AsState' function.  It should only be used as the first part of a deterministic function equation for a discrete >-node with levels");
                 return result = undef_value(), true;
             case Special::NoisySum:
+                if (t_building_table) return false;
                 error_report(2513, "convert this equation to >-CPTable before using, since it contains the NoisySumTableDist function");
                 return result = undef_value(), true;
             default:
@@ -128,9 +130,13 @@ private:
             args[i] = value(*e.args[static_cast<size_t>(i)]);
             if (is_undef(args[i])) return args[i];  // UNDEF passes silently
         }
-        Routine routine = wants_cumulative(e) ? e.func->cdf : e.func->eval;
         t_has_problem = false;
-        result = routine ? routine(args, n) : undef_value();
+        if (e.func->body) {
+            result = user_function(*e.func, args);
+        } else {
+            Routine routine = wants_cumulative(e) ? e.func->cdf : e.func->eval;
+            result = routine ? routine(args, n) : undef_value();
+        }
         bool passes_through = e.func->special == Special::Select0;
         if (!passes_through && std::fabs(result) > DBL_MAX) result = undef_value();  // overflow is an error
         if (is_undef(result)) {
@@ -145,11 +151,22 @@ private:
         return result;
     }
 
+    // The body sees the argument values as its variables.  Its calls were
+    // resolved when it was parsed, before its own name existed, so bodies
+    // cannot call themselves and nesting stays as deep as the definitions.
+    static double user_function(const FuncDesc& f, const double* args) {
+        Evaluator inner(args, nullptr);
+        return inner.value(*f.body);
+    }
+
     const double* values_;
     const ParsedEquation* eq_;
 };
 
 }  // namespace
+
+TableBuildingScope::TableBuildingScope() : was_(t_building_table) { t_building_table = true; }
+TableBuildingScope::~TableBuildingScope() { t_building_table = was_; }
 
 void routine_problem(const char* fmt, ...) {
     va_list args;

@@ -17,4 +17,17 @@ double evaluate(const Expr& expr, const double* values, const ParsedEquation* eq
 double evaluate_probability(const ParsedEquation& equation, const double* values,
                             std::string& reason);
 
+// While one of these lives on a thread, functions that may only be used to
+// build a table (NoisySumTableDist) are evaluated instead of refused.
+class TableBuildingScope {
+public:
+    TableBuildingScope();
+    ~TableBuildingScope();
+    TableBuildingScope(const TableBuildingScope&) = delete;
+    TableBuildingScope& operator=(const TableBuildingScope&) = delete;
+
+private:
+    bool was_;
+};
+
 }  // namespace ravelo

@@ -28,6 +28,8 @@ enum class Special : int {
 using Routine = double (*)(const double* args, int n);
 void routine_problem(const char* fmt, ...) __attribute__((format(printf, 1, 2)));
 
+struct Expr;
+
 struct FuncDesc {
     std::string name;
     const char* symbol = nullptr;   // operator form, if any
@@ -41,6 +43,9 @@ struct FuncDesc {
     bool associative = false;       // a chain may be flattened into one call
     bool symmetric = false;
     Special special = Special::None;
+    // A user-defined function: its body, whose variables are the arguments in
+    // order (variable i is argument i).  Shared so that copies stay valid.
+    std::shared_ptr<const Expr> body;
 };
 
 struct NamedConstant {
@@ -91,6 +96,7 @@ struct Expr {
     std::vector<std::unique_ptr<Expr>> args;
     int states_of = -1;          // the variable whose states this value denotes
     int position = 0;            // where it starts in the equation text
+    bool state_indicated = false;  // a variable written with "#"
 };
 
 struct EqnVariable {

@@ -262,7 +262,11 @@ ExprPtr ExprParser::name_reference(bool state_indicator, int current_var, int po
         return state_of_variable(name, position);
     }
     int var = find_variable(name);
-    if (var >= 0) return variable_reference(var, state_indicator, position);
+    if (var >= 0) {
+        ExprPtr ref = variable_reference(var, state_indicator, position);
+        ref->state_indicated = state_indicator;
+        return ref;
+    }
     if (!probabilistic_ && output_var_ >= 0 && name == vars_[static_cast<size_t>(output_var_)].name)
         parse_fault(2463, position, "'%s' appears as a variable on the right hand side of the = symbol, but it is the output value >-cr-(which is not allowed unless the equation is probabilistic, that is, starts with P)",
                     name.c_str());

@@ -53,6 +53,7 @@ private:
     void check_arguments(const FuncDesc& f, std::vector<ExprPtr>& args, bool as_operator,
                          int position);
     void check_noisy(const FuncDesc& f, const std::vector<ExprPtr>& args);
+    void check_noisy_sum(const char* name, const std::vector<ExprPtr>& args, size_t states);
     void check_boolean(const FuncDesc& f, ExprPtr& arg, int position);
     ValueType result_type(const FuncDesc& f, const std::vector<ExprPtr>& args) const;
     int find_variable(const std::string& name) const;

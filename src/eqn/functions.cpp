@@ -350,8 +350,10 @@ void add_internal_functions(SymbolTable& t) {
 
 const char* ordinal_word(int index) {
     static const char* const words[] = {"first", "second", "third", "fourth", "fifth",
-                                        "sixth", "seventh", "eighth", "ninth", "tenth"};
-    return index >= 0 && index < 10 ? words[index] : "later";
+                                        "sixth", "seventh", "eighth", "ninth", "tenth",
+                                        "eleventh", "twelfth", "thirteenth", "fourteenth", "fifteenth",
+                                        "sixteenth", "seventeenth", "eighteenth", "nineteenth", "twentieth"};
+    return index >= 0 && index < 20 ? words[index] : "later";
 }
 
 }  // namespace ravelo

@@ -1,5 +1,6 @@
 // Probability functions over many arguments: the multinomial and the
 // "Noisy" family of cause/effect relations.
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -142,6 +143,45 @@ double noisy_max_table(const double* a, int n) {
     return mass_from_cumulative(a[0], F);
 }
 
+// (X, num_states, offset, leak[1..num_states-1], then clauses (cause,
+// p[1..num_states-1])): the leak and each true cause add an amount a with
+// probability p[a] (amount 0 with what is left), independently; X is the
+// total, held at num_states - 1.  The offset is reserved and must be 0.
+double noisy_sum_table(const double* a, int n) {
+    if (n < 3 || !(a[1] >= 1) || !whole(a[1]))
+        return routine_problem("function '%s' is missing its last arguments", "NoisySumTableDist"), undef();
+    int states = static_cast<int>(a[1]);
+    if (n < 2 + states || (n - 2 - states) % states)
+        return routine_problem("function '%s' is missing its last arguments", "NoisySumTableDist"), undef();
+    if (a[2] != 0)
+        return routine_problem("%s argument of function %s must be zero with this version of >-Ravelo, but it is %g",
+                               ordinal_word(2), "NoisySumTableDist", a[2]), undef();
+    std::vector<double> total(static_cast<size_t>(states), 0.0), next(total.size());
+    total[0] = 1;
+    // Adds one source of amounts whose probabilities for 1, 2, ... start at p.
+    auto add_source = [&](const double* p) {
+        double rest = 1;
+        for (int k = 1; k < states; ++k) rest -= p[k - 1];
+        if (rest < -1e-5)
+            return routine_problem("sum of probabilities for a condition of function %s should not be more than 1, but it is %g",
+                                   "NoisySumTableDist", 1 - rest), false;
+        std::fill(next.begin(), next.end(), 0.0);
+        for (int t = 0; t < states; ++t)
+            for (int k = 0; k < states; ++k) {
+                double pk = k == 0 ? std::max(rest, 0.0) : p[k - 1];
+                next[static_cast<size_t>(std::min(t + k, states - 1))] += total[static_cast<size_t>(t)] * pk;
+            }
+        total.swap(next);
+        return true;
+    };
+    if (!add_source(a + 3)) return undef();
+    for (int i = 2 + states; i < n; i += states)
+        if (a[i] != 0 && !add_source(a + i + 1)) return undef();
+    double x = a[0];
+    if (x < 0 || x >= states || !whole(x)) return 0;
+    return total[static_cast<size_t>(x)];
+}
+
 }  // namespace
 
 void add_noisy_functions(SymbolTable& t) {
@@ -156,7 +196,7 @@ void add_noisy_functions(SymbolTable& t) {
         {"NoisyOrDist", noisy_or, ValueType::Boolean},
         {"NoisyAndDist", noisy_and, ValueType::Boolean},
         {"NoisyMaxTableDist", noisy_max_table, ValueType::Any},
-        {"NoisySumTableDist", nullptr, ValueType::Any},
+        {"NoisySumTableDist", noisy_sum_table, ValueType::Any},
     };
     for (const Entry& e : entries) {
         FuncDesc f;
@@ -167,7 +207,7 @@ void add_noisy_functions(SymbolTable& t) {
         f.result = ValueType::Real;
         f.first = e.first;
         f.rest = ValueType::Numeric;
-        if (!e.eval) f.special = Special::NoisySum;
+        if (e.eval == noisy_sum_table) f.special = Special::NoisySum;
         t.add_function(f);
     }
 }

@@ -22,6 +22,9 @@ struct ParseProblem {
 
 struct ParseOptions {
     bool allow_new_names = false;  // unknown names become named constants with value UNDEF
+    // Searched before the engine's own table: user-defined functions (made
+    // with define_function) live here.  Its outer table should be the engine's.
+    const SymbolTable* functions = nullptr;
 };
 
 // Parses the equation text of node; the names of its parents are their link
@@ -30,6 +33,13 @@ struct ParseOptions {
 std::unique_ptr<ParsedEquation> parse_equation(const std::string& text, Node& node,
                                                ParseProblem& problem,
                                                const ParseOptions& options = {});
+
+// Registers in table a user-defined function made from a parsed deterministic
+// equation "f (A, B, ...) = body": the function takes as many arguments as
+// the equation names parents, and its value is the body with argument i in
+// place of the i-th name.  The result type is the body's.
+const FuncDesc& define_function(SymbolTable& table, const std::string& name,
+                                std::unique_ptr<ParsedEquation> definition);
 
 // Index of the state of a two-state node that means "true", or -1 when its
 // state names are not a recognised boolean pair.

@@ -1,10 +1,9 @@
 #include "eqn/scanner.h"
 
 #include <cctype>
-#include <cstdlib>
 #include <cstring>
 
-#include "base/text.h"
+#include "base/numbers.h"
 #include "net/model.h"
 
 namespace ravelo {
@@ -15,11 +14,6 @@ bool is_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z')
 
 // Characters that make up operator symbols; "(", ")", ",", ";" and "#" stand alone.
 bool is_operator_char(char c) { return c && std::strchr("+-*/%^<>=!&|?:~", c) != nullptr; }
-
-struct SpecialWord {
-    const char* word;
-    double value;
-};
 
 }  // namespace
 
@@ -56,54 +50,9 @@ bool Scanner::number_starts() {
 
 bool Scanner::read_number(double& value, std::string& units) {
     skip_space();
-    size_t start = pos_;
-    units.clear();
-    if (here() == '@') {
-        static const SpecialWord words[] = {{"@undef", undef_value()},
-                                            {"@infinity", infinity_value()},
-                                            {"@inf", infinity_value()},
-                                            {"@neginfinity", -infinity_value()},
-                                            {"@neginf", -infinity_value()}};
-        for (const SpecialWord& w : words) {
-            size_t len = std::strlen(w.word);
-            if (text_.substr(pos_, len) == w.word && !is_name_char(here(len))) {
-                value = w.value;
-                pos_ += len;
-                return true;
-            }
-        }
-        return false;
-    }
-    size_t p = pos_;
-    if (here() == '-') ++p;
-    auto digit_at = [&](size_t i) { return i < text_.size() && is_digit(text_[i]); };
-    while (digit_at(p)) ++p;
-    if (p < text_.size() && text_[p] == '.') {
-        ++p;
-        while (digit_at(p)) ++p;
-    }
-    if (p < text_.size() && (text_[p] == 'e' || text_[p] == 'E')) {
-        size_t q = p + 1;
-        if (q < text_.size() && (text_[q] == '+' || text_[q] == '-')) ++q;
-        if (digit_at(q)) {
-            while (digit_at(q)) ++q;
-            p = q;
-        }
-    }
-    std::string digits(text_.substr(start, p - start));
-    char* end = nullptr;
-    value = std::strtod(digits.c_str(), &end);
-    if (end == digits.c_str()) return false;
-    pos_ = p;
-    // A word right after a number is its units (names never follow a value).
-    size_t after = pos_;
-    skip_space();
-    if (name_starts()) {
-        units = read_name();
-    } else {
-        pos_ = after;
-    }
-    return true;
+    size_t taken = read_number_prefix(rest(), value, units);
+    pos_ += taken;
+    return taken > 0;
 }
 
 std::string Scanner::punctuation_run() {

@@ -222,6 +222,7 @@ const ParsedEquation& checked_equation(Node& node, bool for_table);
 void equation_to_table(Node& node, int num_samples, bool samp_unc, bool add_exist,
                        RandomGenerator* rng) {
     const ParsedEquation& eq = checked_equation(node, true);
+    TableBuildingScope building;
     Conversion(node, eq, rng).run(num_samples, samp_unc, add_exist);
 }
 

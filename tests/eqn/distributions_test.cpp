@@ -161,7 +161,7 @@ TEST_F(DistributionTest, ArgumentChecksOfManyArgumentFunctions) {
         {"NoisyOrMultiDist (E, 2, 1, 0, 1, 1, max (1.5, 0))", "seventh argument is 1.5, but it should be in [0,1] range since it is a probability for NoisyOrMultiDist"},
         {"NoisyMaxTableDist (E, 2, 1, 0, 1, 0.5)", "wrong number of arguments to NoisyMaxTableDist"},
         {"NoisyMaxTableDist (E, 2, max (0.5, 0), 0.4)", "a probability vector in NoisyMaxDist doesn't sum to 1"},
-        {"NoisySumTableDist (E, 1)", "convert this equation to CPT table before using, since it contains the NoisySumTableDist function"},
+        {"NoisySumTableDist (E, 2, 0, 0.5)", "convert this equation to CPT table before using, since it contains the NoisySumTableDist function"},
     };
     Node* e = discrete("E", {"false", "true"});
     for (const auto& c : cases) {

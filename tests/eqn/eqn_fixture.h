@@ -90,6 +90,12 @@ protected:
         auto all = reports();
         return all.empty() ? std::string() : all.back();
     }
+    bool was_reported(const std::string& message) {
+        for (const std::string& m : reports())
+            if (m == message) return true;
+        ADD_FAILURE() << "not reported: " << message;
+        return false;
+    }
     int count_reports() { return static_cast<int>(reports().size()); }
 
     Environment* env = nullptr;
