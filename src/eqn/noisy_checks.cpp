@@ -121,7 +121,7 @@ void ExprParser::check_noisy_sum(const char* name, const std::vector<ExprPtr>& a
             total += p.value;
         }
         if (total > 1 + 1e-5)
-            parse_fault(2070, args[from - 1]->position, "sum of probabilities for a condition of function %s should not be more than 1, but it is %g",
+            parse_fault(2068, args[from - 1]->position, "sum of probabilities for a condition of function %s should not be more than 1, but it is %g",
                         name, total);
     };
     amounts(3);
