@@ -6,16 +6,8 @@
 #include <string.h>
 
 #include "ravelo/ravelo.h"
+#include "check.h"
 
-static int failures = 0;
-
-#define EXPECT(cond)                                                      \
-    do {                                                                  \
-        if (!(cond)) {                                                    \
-            fprintf(stderr, "%s:%d: expected %s\n", __FILE__, __LINE__, #cond); \
-            ++failures;                                                   \
-        }                                                                 \
-    } while (0)
 
 static const char* const kEquations[][2] = {
     {"Sum", "Sum (A, B) = A + B"},

@@ -5,16 +5,8 @@
 #include <string.h>
 
 #include "ravelo/ravelo.h"
+#include "check.h"
 
-static int failures = 0;
-
-#define EXPECT(cond)                                                           \
-    do {                                                                       \
-        if (!(cond)) {                                                         \
-            fprintf(stderr, "%s:%d: expected %s\n", __FILE__, __LINE__, #cond); \
-            ++failures;                                                        \
-        }                                                                      \
-    } while (0)
 
 static environ_ns* env;
 

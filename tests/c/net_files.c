@@ -6,16 +6,8 @@
 #include <string.h>
 
 #include "ravelo/ravelo.h"
+#include "check.h"
 
-static int failures = 0;
-
-#define EXPECT(cond)                                                           \
-    do {                                                                       \
-        if (!(cond)) {                                                         \
-            fprintf(stderr, "%s:%d: expected %s\n", __FILE__, __LINE__, #cond); \
-            ++failures;                                                        \
-        }                                                                      \
-    } while (0)
 
 /* The newest report's message (empty when none), then every report is cleared. */
 static const char* last_message(environ_ns* env) {

@@ -5,22 +5,7 @@
 #include <string.h>
 
 #include "ravelo/ravelo.h"
-
-static int failures = 0;
-
-#define EXPECT(cond)                                                          \
-    do {                                                                      \
-        if (!(cond)) {                                                        \
-            fprintf(stderr, "%s:%d: expected %s\n", __FILE__, __LINE__, #cond); \
-            ++failures;                                                       \
-        }                                                                     \
-    } while (0)
-
-static const report_ns* last_report(environ_ns* env) {
-    const report_ns *r = NULL, *last = NULL;
-    while ((r = GetError_ns(env, NULL_ERR, r)) != NULL) last = r;
-    return last;
-}
+#include "check.h"
 
 static int last_number(environ_ns* env) {
     const report_ns* r = last_report(env);
@@ -29,18 +14,7 @@ static int last_number(environ_ns* env) {
     return n;
 }
 
-/* The last report has this number and text; all reports are then cleared. */
-static void expect_report(environ_ns* env, int number, const char* text, int line) {
-    const report_ns* r = last_report(env);
-    if (!r || ErrorNumber_ns(r) != number || strcmp(ErrorMessage_ns(r), text) != 0) {
-        fprintf(stderr, "line %d: expected report %d \"%s\", got %d \"%s\"\n", line, number, text,
-                r ? ErrorNumber_ns(r) : 0, r ? ErrorMessage_ns(r) : "(none)");
-        ++failures;
-    }
-    ClearErrors_ns(env, INTERNAL_ERR);
-}
-
-#define EXPECT_REPORT(number, text) expect_report(env, number, text, __LINE__)
+#define EXPECT_REPORT(number, text) expect_report(env, number, text, __FILE__, __LINE__)
 
 static void names_and_links(environ_ns* env) {
     net_bn* net = NewNet_bn("Links", env);
