@@ -48,6 +48,8 @@ void DneReader::read(const Object& bnet) {
     if (!bnet.base.empty())
         failure(bnet.line, format("declaration of %s '%s' tries to inherit from a %s not yet defined",
                                   "bnet", bnet.name.c_str(), "bnet"));
+    refuse_definitions(bnet);
+    dimensions_ = net_dimensions(bnet);
     for (const Object& o : bnet.objects) {
         if (o.word == "node") declare(o);
         else if (o.word == "visual" && visual_) net_.visual = o.statements.empty() ? "" : word_of(o.statements[0].value);
@@ -59,6 +61,24 @@ void DneReader::read(const Object& bnet) {
     for (const Declared& d : declared_) findings(d);
     net_statements(bnet);
     node_sets(bnet);
+}
+
+// Only nodes are declared for others to inherit from.
+void DneReader::refuse_definitions(const Object& object) const {
+    for (const Object& o : object.objects) {
+        if (!o.declarer.empty() && o.word != "node")
+            failure(o.line, format("a DEFINED %s '%s' appears", o.word.c_str(), o.name.c_str()));
+        refuse_definitions(o);
+    }
+}
+
+// Node positions have as many coordinates as the net has dimensions.
+int DneReader::net_dimensions(const Object& bnet) const {
+    const Statement* s = bnet.find("numdimensions");
+    if (!s) return 2;
+    auto n = read_integer(word_of(s->value));
+    if (!n || *n < 1 || *n > 1000) failure(s->line, format("illegal value '%s'", word_of(s->value).c_str()));
+    return static_cast<int>(*n);
 }
 
 void DneReader::net_statements(const Object& bnet) {
@@ -194,9 +214,13 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
         } else if (k == "EqnDirty") {
             node.equation_dirty = is_true_word(w);
         } else if (k == "position") {
+            if (s->value.is_list() && static_cast<int>(s->value.items.size()) != dimensions_)
+                failure(s->line, format("there are %d entries, but %d dimensions in >-net '%s'",
+                                        static_cast<int>(s->value.items.size()), dimensions_, net_.name.c_str()));
             if (!visual_) continue;
+            // The display keeps the first two coordinates.
             std::optional<double> x, y;
-            if (s->value.is_list() && s->value.items.size() == 2) {
+            if (s->value.is_list() && s->value.items.size() >= 2) {
                 x = read_real(word_of(s->value.items[0]));
                 y = read_real(word_of(s->value.items[1]));
             }
@@ -210,11 +234,17 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
             node.comment = w;
         } else if (k == "fields") {
             if (!s->value.is_list()) failure(s->line, "missing open parenthesis");
+            // A list of (name, value) vectors.
             for (const Value& pair : s->value.items) {
-                if (!pair.is_list() || pair.items.size() != 2)
+                if (!pair.is_list())
                     failure(s->line, "missing 2nd open parenthesis (it should be a list of vectors)");
-                node.user_fields.set(word_of(pair.items[0]), word_of(pair.items[1]));
+                size_t first = s->value.items[0].items.size();
+                if (pair.items.size() != first || first != 2)
+                    failure(s->line, format("vectors of different lengths (%d and %d)", static_cast<int>(first),
+                                            static_cast<int>(pair.items.size() != first ? pair.items.size() : 2)));
             }
+            for (const Value& pair : s->value.items)
+                node.user_fields.set(word_of(pair.items[0]), word_of(pair.items[1]));
         } else if (k == "author" || k == "whochanged" || k == "whenchanged" || k == "units") {
             node.user_fields.set(k, w);
         } else if (k == "delays" || k == "persist") {

@@ -24,6 +24,8 @@ private:
 
     [[noreturn]] void failure(int line, const std::string& message) const;
     std::vector<const Statement*> effective(const Object& object) const;
+    void refuse_definitions(const Object& object) const;
+    int net_dimensions(const Object& bnet) const;
     void net_statements(const Object& bnet);
     void declare(const Object& object);
     Node* make_node(const Object& object, const std::vector<const Statement*>& statements);
@@ -45,6 +47,7 @@ private:
     Net& net_;
     const ReadPlace& place_;
     bool visual_;
+    int dimensions_ = 2;
     std::map<std::string, const Object*> definitions_;
     std::vector<Declared> declared_;
 };

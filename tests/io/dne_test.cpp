@@ -159,6 +159,12 @@ node B : Binary { states = (off, on); parents = (A); probs = ((1, 0), FLAT); };
     EXPECT_EQ(b->cpt, (std::vector<float>{1, 0, 0.5f, 0.5f}));
 }
 
+TEST_F(NetFileReading, PositionsHaveAsManyCoordinatesAsTheNetHasDimensions) {
+    Net* net = read_text("dims.dne", "bnet D { numdimensions = 3; node A { states = (a); position = (1, 2, 3); }; };");
+    ASSERT_NE(net, nullptr) << last_message();
+    EXPECT_EQ(net->nodes.nodes.size(), 1u);
+}
+
 struct BadFile {
     const char* body;  // the inside of the bnet object
     const char* message;
@@ -232,6 +238,13 @@ TEST_F(NetFileReading, FaultyFilesGetTheReadersMessages) {
          "`levels` has 3 entries, but there should be 2, because node A has 2 states and is discrete"},
         {"node A { discrete = FALSE; numstates = 3; };",
          "'numstates' field declared '3', incompatible with 'levels' declared 0"},
+        {"define NodeSet S { Nodes = (); };", "a DEFINED NodeSet 'S' appears"},
+        {"node A { states = (a, b); param user U { x = 1; }; };", "a DEFINED user 'U' appears"},
+        {"node A { states = (a, b); position = (1, 2, 3); };", "there are 3 entries, but 2 dimensions in net 'Bad'"},
+        {"numdimensions = 3;\nnode A { states = (a, b); position = (1, 2); };",
+         "there are 2 entries, but 3 dimensions in net 'Bad'"},
+        {"node A { states = (a, b); fields = ((x, 1), (y, 2, 3)); };", "vectors of different lengths (2 and 3)"},
+        {"node A { states = (a, b); fields = ((x, 1, 0)); };", "vectors of different lengths (3 and 2)"},
     };
     for (const BadFile& c : cases) {
         SCOPED_TRACE(c.body);
