@@ -29,12 +29,18 @@ std::vector<const Statement*> DneReader::effective(const Object& object) const {
                                         object.word.c_str()));
         out = effective(*it->second);
     }
+    const std::vector<const Statement*> inherited = out;
     std::vector<std::string> own;
     for (const Statement& s : object.statements) {
         if (std::find(own.begin(), own.end(), s.keyword) != own.end())
             failure(s.line, format("more than one `%s` statement for %s '%s'", s.keyword.c_str(),
                                    object.word.c_str(), object.name.c_str()));
         own.push_back(s.keyword);
+        if (options_.inherit_first_pass) {
+            check_first_pass(s, inherited);
+            out.push_back(&s);
+            continue;
+        }
         // A repeated statement overrides the inherited one.
         out.erase(std::remove_if(out.begin(), out.end(),
                                  [&](const Statement* i) { return i->keyword == s.keyword; }),
@@ -42,6 +48,37 @@ std::vector<const Statement*> DneReader::effective(const Object& object) const {
         out.push_back(&s);
     }
     return out;
+}
+
+namespace {
+
+// Statements whose reading depends on others: the node's states decide
+// how its tables, state texts and findings are read, its parents how its
+// tables and input names are.
+bool depends_on(const std::string& later, const std::string& first) {
+    static const char* const kOnStates[] = {"statetitles", "StateComments", "probs", "functable", "numcases",
+                                            "ExperBase", "evidence", "value", "likelihood", "Finding"};
+    static const char* const kOnParents[] = {"inputs", "probs", "functable", "numcases", "ExperBase"};
+    auto among = [&](const auto& words) {
+        return std::find(std::begin(words), std::end(words), later) != std::end(words);
+    };
+    if (first == "discrete" || first == "numstates" || first == "states" || first == "levels") return among(kOnStates);
+    if (first == "parents") return among(kOnParents);
+    return false;
+}
+
+}  // namespace
+
+// With inherited statements applied first, an own statement can neither
+// repeat one nor be one that an inherited statement needed before it.
+void DneReader::check_first_pass(const Statement& own, const std::vector<const Statement*>& inherited) const {
+    for (const Statement* s : inherited)
+        if (s->keyword == own.keyword)
+            failure(own.line, format("`%s` statement already inherited", own.keyword.c_str()));
+    for (const Statement* s : inherited)
+        if (depends_on(s->keyword, own.keyword))
+            failure(own.line, format("`%s` statement should appear earlier.  Or reread with 'Inherit in First "
+                                     "Pass' off", own.keyword.c_str()));
 }
 
 void DneReader::read(const Object& bnet) {
@@ -350,7 +387,8 @@ void DneReader::elim_order(const Statement& s) {
     net_.elim_order = order;
 }
 
-Net* read_dne(Environment& env, std::string_view text, const ReadPlace& place, int control) {
+Net* read_dne(Environment& env, std::string_view text, const ReadPlace& place, int control,
+              const DneReadOptions& options) {
     std::string tag = tag_word(text);
     if (tag == "CASE")
         read_failure(place, 1, format("file '%s' is a case file, not a >-net file", place.file.c_str()));
@@ -360,7 +398,7 @@ Net* read_dne(Environment& env, std::string_view text, const ReadPlace& place, i
         read_failure(place, bnet.line, format("'%s' is not a legal name for a %s", bnet.name.c_str(), ">-net"));
     Net* net = create_net(env, bnet.name);
     try {
-        DneReader(*net, place, control != 0).read(bnet);
+        DneReader(*net, place, control != 0, options).read(bnet);
     } catch (...) {
         delete_net(*net);
         throw;
