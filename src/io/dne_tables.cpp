@@ -68,6 +68,29 @@ public:
         fail_at(format("extra close parenthesis at end of table entry [%s] of >-node %s", where.c_str(), name));
     }
 
+    // A '|' belongs only in state lists of function tables.
+    void refuse_bars(const Value& v, std::vector<int>& condition) const {
+        if (!v.is_list()) return;
+        if (v.bar >= 0)
+            fail_at(format("unexpected punctuation %s in table entry [%s] of >-node %s", "|",
+                           condition_text(condition).c_str(), node_.name.c_str()));
+        for (size_t i = 0; i < v.items.size(); ++i) {
+            size_t level = condition.size();
+            bool tracked = level < node_.parents.nodes.size() &&
+                           i < static_cast<size_t>(node_.parents.nodes[level]->num_states());
+            if (tracked) condition.push_back(static_cast<int>(i));
+            refuse_bars(v.items[i], condition);
+            if (tracked) condition.pop_back();
+        }
+    }
+
+    // Checks of a table's shape made before its entries are read.
+    void check_shape(const Statement& s) const {
+        check_parens(s, expected_depth());
+        std::vector<int> condition;
+        refuse_bars(s.value, condition);
+    }
+
     int expected_depth() const { return static_cast<int>(node_.parents.nodes.size()) + inner_depth_; }
 
     std::string row_text(size_t row) const {
@@ -277,7 +300,7 @@ void DneReader::read_probs(Node& node, const Statement& s) {
                                node.name.c_str(), table_rows(node) * static_cast<double>(m)));
     std::vector<float> cpt(static_cast<size_t>(table_rows(node)) * m);
     TableWalk walk(node, place_, s.line, 1);
-    walk.check_parens(s, walk.expected_depth());
+    walk.check_shape(s);
     auto entry = [&](size_t row, const Value& v, const std::string& condition) {
         float* out = &cpt[row * m];
         auto problem = [&](const std::string& what) {
@@ -346,6 +369,7 @@ void DneReader::read_functable(Node& node, const Statement& s) {
             reals[row] = *x;
             return;
         }
+        if (v.kind == Value::Empty) walk.fail_at(format("the %s state name is empty", ordinal(row + 1).c_str()));
         int state = -1;
         if (w == "@undef") state = kUndefState;
         else if (w == "@imposs") state = kImpossState;
@@ -366,7 +390,7 @@ void DneReader::read_functable(Node& node, const Statement& s) {
         std::fill(reals.begin(), reals.end(), undef_value());
         read_state_lists(node, s.value, walk, entry);
     } else {
-        walk.check_parens(s, walk.expected_depth());
+        walk.check_shape(s);
         check_state_count(node, s.value, walk);
         if (is_flat(node, s.value, 1)) {
             for (size_t r = 0; r < rows; ++r) entry(r, s.value.items[r], walk.row_text(r));
@@ -383,7 +407,7 @@ void DneReader::read_experience(Node& node, const Statement& s) {
     size_t rows = static_cast<size_t>(table_rows(node));
     std::vector<double> experience(rows);
     TableWalk walk(node, place_, s.line, 0);
-    walk.check_parens(s, walk.expected_depth());
+    walk.check_shape(s);
     auto entry = [&](size_t row, const Value& v, const std::string& condition) {
         auto x = v.is_list() ? std::nullopt : read_real(v.text);
         if (!x)

@@ -46,6 +46,8 @@ TEST_F(TableReading, FaultsAreReportedWhereTheyArise) {
          "too many states were given (only 1 required, so state 'no' is extra)"},
         {"node C { states = (no, yes); parents = (A, B); functable = ((a0, , b1 | yes)); };",
          "the 2nd state name is empty"},
+        {"node C { states = (no, yes); parents = (A, B); functable = ((no, yes, no), (no, , yes)); };",
+         "the 5th state name is empty"},
         // Flat function tables.
         {"node C { states = (no, yes); parents = (A, B); functable = (no, yes, no, yes, no); };",
          "not enough states were given (6 needed, but only 5 given)"},
@@ -74,9 +76,13 @@ TEST_F(TableReading, FaultsAreReportedWhereTheyArise) {
     }
 }
 
-TEST_F(TableReading, ABarOutsideATableIsStillRefused) {
+TEST_F(TableReading, ABarOutsideAStateListIsRefused) {
     EXPECT_EQ(read_text("bad.dne", net_text("node C { states = (no | yes); };")), nullptr);
     EXPECT_NE(last_message().find("missing comma"), std::string::npos);
+    EXPECT_EQ(read_text("bad.dne", net_text("node C { states = (no, yes); parents = (A); "
+                                            "probs = ((1, 0), (0.5 | 0.5)); };")),
+              nullptr);
+    EXPECT_NE(last_message().find("unexpected punctuation | in table entry [a1] of node C"), std::string::npos);
 }
 
 }  // namespace
