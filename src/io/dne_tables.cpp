@@ -174,7 +174,6 @@ void require_discrete(const Node& node, const ReadPlace& place, int line) {
                                              node.name.c_str(), p->name.c_str()));
 }
 
-
 std::string ordinal(size_t n) {
     const char* suffix = "th";
     if (n % 100 < 11 || n % 100 > 13) {
@@ -190,7 +189,8 @@ int state_named(const Node& node, const std::string& word) {
     for (int i = 0; i < node.num_states(); ++i)
         if (node.states[static_cast<size_t>(i)].name == word) return i;
     auto index = read_integer(word);
-    if (index && *index >= 0 && *index < node.num_states() && node.states[static_cast<size_t>(*index)].name.empty())
+    if (index && *index >= 0 && *index < node.num_states() &&
+        node.states[static_cast<size_t>(*index)].name.empty())
         return static_cast<int>(*index);
     return -1;
 }
@@ -211,7 +211,8 @@ bool is_state_lists(const Value& v) {
 std::vector<int> state_list_condition(const Node& node, const Value& list, const TableWalk& walk) {
     for (size_t i = 0; i < list.items.size(); ++i) {
         if (list.items[i].is_list()) walk.fail_at("illegal punctuation '('");
-        if (list.items[i].kind == Value::Empty) walk.fail_at(format("the %s state name is empty", ordinal(i + 1).c_str()));
+        if (list.items[i].kind == Value::Empty)
+            walk.fail_at(format("the %s state name is empty", ordinal(i + 1).c_str()));
     }
     size_t parents = node.parents.nodes.size();
     size_t given = list.bar >= 0 ? static_cast<size_t>(list.bar) : (list.items.empty() ? 0 : list.items.size() - 1);
@@ -240,30 +241,31 @@ std::vector<int> state_list_condition(const Node& node, const Value& list, const
     return condition;
 }
 
+// Hands every row whose condition fits the pattern to 'each'.
+void matching_rows(const Node& node, const std::vector<int>& pattern, size_t level, size_t row,
+                   const std::function<void(size_t)>& each) {
+    if (level == pattern.size()) {
+        each(row);
+        return;
+    }
+    size_t count = static_cast<size_t>(node.parents.nodes[level]->num_states());
+    for (size_t s = 0; s < count; ++s)
+        if (pattern[level] == kEveryState || pattern[level] == static_cast<int>(s))
+            matching_rows(node, pattern, level + 1, row * count + s, each);
+}
+
 void read_state_lists(const Node& node, const Value& table, const TableWalk& walk, const TableWalk::Entry& entry) {
     std::vector<const Value*> lists;
     if (table.bar >= 0) lists.push_back(&table);
-    if (table.bar < 0)
+    else
         for (const Value& item : table.items) {
             if (!item.is_list()) walk.fail_at("missing 2nd open parenthesis (it should be a list of vectors)");
             lists.push_back(&item);
         }
-    size_t rows = static_cast<size_t>(table_rows(node));
-    size_t parents = node.parents.nodes.size();
     for (const Value* list : lists) {
         std::vector<int> pattern = state_list_condition(node, *list, walk);
-        const Value& own = list->items[parents];
-        for (size_t row = 0; row < rows; ++row) {
-            bool matches = true;
-            size_t rest = row;
-            for (size_t p = parents; p-- > 0;) {
-                size_t count = static_cast<size_t>(node.parents.nodes[p]->num_states());
-                int state = static_cast<int>(rest % count);
-                rest /= count;
-                if (pattern[p] != kEveryState && pattern[p] != state) matches = false;
-            }
-            if (matches) entry(row, own, walk.row_text(row));
-        }
+        const Value& own = list->items[pattern.size()];
+        matching_rows(node, pattern, 0, 0, [&](size_t row) { entry(row, own, walk.row_text(row)); });
     }
 }
 
