@@ -29,12 +29,18 @@ std::vector<const Statement*> DneReader::effective(const Object& object) const {
                                         object.word.c_str()));
         out = effective(*it->second);
     }
+    const std::vector<const Statement*> inherited = out;
     std::vector<std::string> own;
     for (const Statement& s : object.statements) {
         if (std::find(own.begin(), own.end(), s.keyword) != own.end())
             failure(s.line, format("more than one `%s` statement for %s '%s'", s.keyword.c_str(),
                                    object.word.c_str(), object.name.c_str()));
         own.push_back(s.keyword);
+        if (options_.inherit_first_pass) {
+            check_first_pass(s, inherited);
+            out.push_back(&s);
+            continue;
+        }
         // A repeated statement overrides the inherited one.
         out.erase(std::remove_if(out.begin(), out.end(),
                                  [&](const Statement* i) { return i->keyword == s.keyword; }),
@@ -44,10 +50,43 @@ std::vector<const Statement*> DneReader::effective(const Object& object) const {
     return out;
 }
 
+namespace {
+
+// Statements whose reading depends on others: the node's states decide
+// how its tables, state texts and findings are read, its parents how its
+// tables and input names are.
+bool depends_on(const std::string& later, const std::string& first) {
+    static const char* const kOnStates[] = {"statetitles", "StateComments", "probs", "functable", "numcases",
+                                            "ExperBase", "evidence", "value", "likelihood", "Finding"};
+    static const char* const kOnParents[] = {"inputs", "probs", "functable", "numcases", "ExperBase"};
+    auto among = [&](const auto& words) {
+        return std::find(std::begin(words), std::end(words), later) != std::end(words);
+    };
+    if (first == "discrete" || first == "numstates" || first == "states" || first == "levels") return among(kOnStates);
+    if (first == "parents") return among(kOnParents);
+    return false;
+}
+
+}  // namespace
+
+// With inherited statements applied first, an own statement can neither
+// repeat one nor be one that an inherited statement needed before it.
+void DneReader::check_first_pass(const Statement& own, const std::vector<const Statement*>& inherited) const {
+    for (const Statement* s : inherited)
+        if (s->keyword == own.keyword)
+            failure(own.line, format("`%s` statement already inherited", own.keyword.c_str()));
+    for (const Statement* s : inherited)
+        if (depends_on(s->keyword, own.keyword))
+            failure(own.line, format("`%s` statement should appear earlier.  Or reread with 'Inherit in First "
+                                     "Pass' off", own.keyword.c_str()));
+}
+
 void DneReader::read(const Object& bnet) {
     if (!bnet.base.empty())
         failure(bnet.line, format("declaration of %s '%s' tries to inherit from a %s not yet defined",
                                   "bnet", bnet.name.c_str(), "bnet"));
+    refuse_definitions(bnet);
+    dimensions_ = net_dimensions(bnet);
     for (const Object& o : bnet.objects) {
         if (o.word == "node") declare(o);
         else if (o.word == "visual" && visual_) net_.visual = o.statements.empty() ? "" : word_of(o.statements[0].value);
@@ -59,6 +98,24 @@ void DneReader::read(const Object& bnet) {
     for (const Declared& d : declared_) findings(d);
     net_statements(bnet);
     node_sets(bnet);
+}
+
+// Only nodes are declared for others to inherit from.
+void DneReader::refuse_definitions(const Object& object) const {
+    for (const Object& o : object.objects) {
+        if (!o.declarer.empty() && o.word != "node")
+            failure(o.line, format("a DEFINED %s '%s' appears", o.word.c_str(), o.name.c_str()));
+        refuse_definitions(o);
+    }
+}
+
+// Node positions have as many coordinates as the net has dimensions.
+int DneReader::net_dimensions(const Object& bnet) const {
+    const Statement* s = bnet.find("numdimensions");
+    if (!s) return 2;
+    auto n = read_integer(word_of(s->value));
+    if (!n || *n < 1 || *n > 1000) failure(s->line, format("illegal value '%s'", word_of(s->value).c_str()));
+    return static_cast<int>(*n);
 }
 
 void DneReader::net_statements(const Object& bnet) {
@@ -194,9 +251,13 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
         } else if (k == "EqnDirty") {
             node.equation_dirty = is_true_word(w);
         } else if (k == "position") {
+            if (s->value.is_list() && static_cast<int>(s->value.items.size()) != dimensions_)
+                failure(s->line, format("there are %d entries, but %d dimensions in >-net '%s'",
+                                        static_cast<int>(s->value.items.size()), dimensions_, net_.name.c_str()));
             if (!visual_) continue;
+            // The display keeps the first two coordinates.
             std::optional<double> x, y;
-            if (s->value.is_list() && s->value.items.size() == 2) {
+            if (s->value.is_list() && s->value.items.size() >= 2) {
                 x = read_real(word_of(s->value.items[0]));
                 y = read_real(word_of(s->value.items[1]));
             }
@@ -210,11 +271,17 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
             node.comment = w;
         } else if (k == "fields") {
             if (!s->value.is_list()) failure(s->line, "missing open parenthesis");
+            // A list of (name, value) vectors.
             for (const Value& pair : s->value.items) {
-                if (!pair.is_list() || pair.items.size() != 2)
+                if (!pair.is_list())
                     failure(s->line, "missing 2nd open parenthesis (it should be a list of vectors)");
-                node.user_fields.set(word_of(pair.items[0]), word_of(pair.items[1]));
+                size_t first = s->value.items[0].items.size();
+                if (pair.items.size() != first || first != 2)
+                    failure(s->line, format("vectors of different lengths (%d and %d)", static_cast<int>(first),
+                                            static_cast<int>(pair.items.size() != first ? pair.items.size() : 2)));
             }
+            for (const Value& pair : s->value.items)
+                node.user_fields.set(word_of(pair.items[0]), word_of(pair.items[1]));
         } else if (k == "author" || k == "whochanged" || k == "whenchanged" || k == "units") {
             node.user_fields.set(k, w);
         } else if (k == "delays" || k == "persist") {
@@ -320,7 +387,8 @@ void DneReader::elim_order(const Statement& s) {
     net_.elim_order = order;
 }
 
-Net* read_dne(Environment& env, std::string_view text, const ReadPlace& place, int control) {
+Net* read_dne(Environment& env, std::string_view text, const ReadPlace& place, int control,
+              const DneReadOptions& options) {
     std::string tag = tag_word(text);
     if (tag == "CASE")
         read_failure(place, 1, format("file '%s' is a case file, not a >-net file", place.file.c_str()));
@@ -330,7 +398,7 @@ Net* read_dne(Environment& env, std::string_view text, const ReadPlace& place, i
         read_failure(place, bnet.line, format("'%s' is not a legal name for a %s", bnet.name.c_str(), ">-net"));
     Net* net = create_net(env, bnet.name);
     try {
-        DneReader(*net, place, control != 0).read(bnet);
+        DneReader(*net, place, control != 0, options).read(bnet);
     } catch (...) {
         delete_net(*net);
         throw;

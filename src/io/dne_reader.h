@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "io/dne.h"
 #include "io/dne_syntax.h"
 #include "net/model.h"
 
@@ -12,7 +13,8 @@ namespace ravelo {
 
 class DneReader {
 public:
-    DneReader(Net& net, const ReadPlace& place, bool visual) : net_(net), place_(place), visual_(visual) {}
+    DneReader(Net& net, const ReadPlace& place, bool visual, const DneReadOptions& options)
+        : net_(net), place_(place), visual_(visual), options_(options) {}
     void read(const Object& bnet);
 
 private:
@@ -24,6 +26,9 @@ private:
 
     [[noreturn]] void failure(int line, const std::string& message) const;
     std::vector<const Statement*> effective(const Object& object) const;
+    void check_first_pass(const Statement& own, const std::vector<const Statement*>& inherited) const;
+    void refuse_definitions(const Object& object) const;
+    int net_dimensions(const Object& bnet) const;
     void net_statements(const Object& bnet);
     void declare(const Object& object);
     Node* make_node(const Object& object, const std::vector<const Statement*>& statements);
@@ -45,6 +50,8 @@ private:
     Net& net_;
     const ReadPlace& place_;
     bool visual_;
+    DneReadOptions options_;
+    int dimensions_ = 2;
     std::map<std::string, const Object*> definitions_;
     std::vector<Declared> declared_;
 };

@@ -21,6 +21,12 @@ std::string tag_word(std::string_view text) {
     return std::string(text.substr(start, end - start));
 }
 
+bool is_table_keyword(std::string_view keyword) {
+    for (const char* k : {"probs", "functable", "numcases", "ExperBase"})
+        if (keyword == k) return true;
+    return false;
+}
+
 namespace {
 
 // Deeper lists than this are refused rather than followed.
@@ -100,7 +106,8 @@ private:
             Statement s;
             s.keyword = first.text;
             s.line = first.line;
-            s.value = value(0);
+            if (is_table_keyword(s.keyword)) table_value(s);
+            else s.value = value(0);
             if (!tokens_.peek().is(';'))
                 read_failure(place_, tokens_.line(), format("missing semicolon after `%s` statement", s.keyword.c_str()));
             tokens_.next();
@@ -122,6 +129,26 @@ private:
         into.objects.push_back(object(word.text, declarer, word.line, depth + 1));
     }
 
+    // A table's value, noting rather than refusing unbalanced parentheses.
+    void table_value(Statement& s) {
+        lenient_ = true;
+        unclosed_ = 0;
+        s.value = value(0);
+        lenient_ = false;
+        if (unclosed_ > 0) {
+            s.fault = ParenFault::Unclosed;
+            s.unclosed = unclosed_;
+            return;
+        }
+        const Token& next = tokens_.peek();
+        if (!next.is(',') && !next.is(')')) return;
+        // The table closed before the statement ended: skip to its end.
+        bool only_closes = true;
+        while (!tokens_.peek().is(';') && !tokens_.peek().is('}') && tokens_.peek().kind != Token::End)
+            if (!tokens_.next().is(')')) only_closes = false;
+        s.fault = only_closes ? ParenFault::ExtraAtEnd : ParenFault::ClosedEarly;
+    }
+
     Value value(int depth) {
         if (depth > kMaxListDepth)
             read_failure(place_, tokens_.line(), format("lists nested more than %d deep", kMaxListDepth));
@@ -134,7 +161,7 @@ private:
             return v;
         }
         if (!t.is('(')) {
-            if (t.is(',') || t.is(')') || t.is(';')) return v;  // an empty item
+            if (t.is(',') || t.is(')') || t.is(';') || (lenient_ && t.is('|'))) return v;  // an empty item
             read_failure(place_, t.line, format("illegal punctuation '%s'", t.text.c_str()));
         }
         tokens_.next();
@@ -145,8 +172,16 @@ private:
         }
         while (true) {
             v.items.push_back(value(depth + 1));
+            if (lenient_ && tokens_.peek().is(';')) {
+                ++unclosed_;
+                return v;
+            }
             Token sep = tokens_.next();
             if (sep.is(')')) break;
+            if (lenient_ && sep.is('|') && v.bar < 0) {
+                v.bar = static_cast<int>(v.items.size());
+                continue;
+            }
             if (sep.kind == Token::End)
                 read_failure(place_, v.line, "missing close parenthesis, starting");
             if (!sep.is(',')) read_failure(place_, sep.line, "missing comma");
@@ -156,6 +191,8 @@ private:
 
     Tokenizer tokens_;
     const ReadPlace& place_;
+    bool lenient_ = false;
+    int unclosed_ = 0;
 };
 
 }  // namespace

@@ -17,14 +17,24 @@ struct Value {
     std::string text;
     std::vector<Value> items;
     int line = 0;
+    int bar = -1;  // items before a '|' in a list that has one
     bool is_list() const { return kind == List; }
 };
+
+// How the parentheses of a table statement failed to balance.  Table
+// statements are parsed leniently so that the table's reader, which knows
+// the node, can say which entry went wrong.
+enum class ParenFault { None, Unclosed, ClosedEarly, ExtraAtEnd };
 
 struct Statement {
     std::string keyword;
     Value value;
     int line = 0;
+    ParenFault fault = ParenFault::None;
+    int unclosed = 0;  // lists still open when the statement ended
 };
+
+bool is_table_keyword(std::string_view keyword);
 
 struct Object {
     std::string word;       // "bnet", "node", "NodeSet", "visual", "user", "link", "part"

@@ -50,6 +50,49 @@ public:
 
     [[noreturn]] void fail_at(const std::string& message) const { read_failure(place_, line_, message); }
 
+    // Reports the parentheses of a table statement that did not balance,
+    // naming the last entry read before the fault.
+    void check_parens(const Statement& s, int expected) const {
+        if (s.fault == ParenFault::None) return;
+        if (depth_of(s.value) > expected)
+            fail_at(format("too many open parenthesis (are %d, but should be %d) within table of >-node %s",
+                           depth_of(s.value), expected, node_.name.c_str()));
+        std::string where = condition_text(last_condition(s.value));
+        const char* name = node_.name.c_str();
+        if (s.fault == ParenFault::Unclosed)
+            fail_at(format("only %d close parenthesis (but should be %d) within table entry [%s] of >-node %s",
+                           std::max(0, expected - s.unclosed), expected, where.c_str(), name));
+        if (s.fault == ParenFault::ClosedEarly)
+            fail_at(format("too many close parenthesis (should be %d) within table entry [%s] of >-node %s",
+                           expected, where.c_str(), name));
+        fail_at(format("extra close parenthesis at end of table entry [%s] of >-node %s", where.c_str(), name));
+    }
+
+    // A '|' belongs only in state lists of function tables.
+    void refuse_bars(const Value& v, std::vector<int>& condition) const {
+        if (!v.is_list()) return;
+        if (v.bar >= 0)
+            fail_at(format("unexpected punctuation %s in table entry [%s] of >-node %s", "|",
+                           condition_text(condition).c_str(), node_.name.c_str()));
+        for (size_t i = 0; i < v.items.size(); ++i) {
+            size_t level = condition.size();
+            bool tracked = level < node_.parents.nodes.size() &&
+                           i < static_cast<size_t>(node_.parents.nodes[level]->num_states());
+            if (tracked) condition.push_back(static_cast<int>(i));
+            refuse_bars(v.items[i], condition);
+            if (tracked) condition.pop_back();
+        }
+    }
+
+    // Checks of a table's shape made before its entries are read.
+    void check_shape(const Statement& s) const {
+        check_parens(s, expected_depth());
+        std::vector<int> condition;
+        refuse_bars(s.value, condition);
+    }
+
+    int expected_depth() const { return static_cast<int>(node_.parents.nodes.size()) + inner_depth_; }
+
     std::string row_text(size_t row) const {
         std::vector<int> condition(node_.parents.nodes.size());
         for (size_t p = condition.size(); p-- > 0;) {
@@ -58,6 +101,19 @@ public:
             row /= count;
         }
         return condition_text(condition);
+    }
+
+    // The parent states of the last entry of a (possibly short) table.
+    std::vector<int> last_condition(const Value& table) const {
+        std::vector<int> condition;
+        const Value* at = &table;
+        for (const Node* parent : node_.parents.nodes) {
+            if (!at->is_list() || at->items.empty()) break;
+            size_t last = std::min(at->items.size(), static_cast<size_t>(parent->num_states())) - 1;
+            condition.push_back(static_cast<int>(last));
+            at = &at->items[last];
+        }
+        return condition;
     }
 
     std::string condition_text(const std::vector<int>& condition) const {
@@ -118,6 +174,115 @@ void require_discrete(const Node& node, const ReadPlace& place, int line) {
                                              node.name.c_str(), p->name.c_str()));
 }
 
+std::string ordinal(size_t n) {
+    const char* suffix = "th";
+    if (n % 100 < 11 || n % 100 > 13) {
+        if (n % 10 == 1) suffix = "st";
+        else if (n % 10 == 2) suffix = "nd";
+        else if (n % 10 == 3) suffix = "rd";
+    }
+    return format("%zu%s", n, suffix);
+}
+
+// A state by name, or by index where the state has no name; -1 if none.
+int state_named(const Node& node, const std::string& word) {
+    for (int i = 0; i < node.num_states(); ++i)
+        if (node.states[static_cast<size_t>(i)].name == word) return i;
+    auto index = read_integer(word);
+    if (index && *index >= 0 && *index < node.num_states() &&
+        node.states[static_cast<size_t>(*index)].name.empty())
+        return static_cast<int>(*index);
+    return -1;
+}
+
+// A function table given as state lists: each names a state of every
+// parent (or "@any") and, after '|', the node's own state, as in
+// (a, @any | x).  Later lists override earlier ones.
+bool is_state_lists(const Value& v) {
+    if (!v.is_list()) return false;
+    if (v.bar >= 0) return true;
+    for (const Value& item : v.items)
+        if (item.is_list() && item.bar >= 0) return true;
+    return false;
+}
+
+// The parent states a state list names (kEveryState for "@any"), after
+// checking its shape.
+std::vector<int> state_list_condition(const Node& node, const Value& list, const TableWalk& walk) {
+    for (size_t i = 0; i < list.items.size(); ++i) {
+        if (list.items[i].is_list()) walk.fail_at("illegal punctuation '('");
+        if (list.items[i].kind == Value::Empty)
+            walk.fail_at(format("the %s state name is empty", ordinal(i + 1).c_str()));
+    }
+    size_t parents = node.parents.nodes.size();
+    size_t given = list.bar >= 0 ? static_cast<size_t>(list.bar) : (list.items.empty() ? 0 : list.items.size() - 1);
+    if (given < parents)
+        walk.fail_at(format("not enough states were given (>-node %s has %d parents, but only %d states were given)",
+                            node.name.c_str(), static_cast<int>(parents), static_cast<int>(given)));
+    if (given > parents)
+        walk.fail_at(format("too many states were given (>-node %s has %d parents, so state '%s' is extra)",
+                            node.name.c_str(), static_cast<int>(parents), list.items[parents].text.c_str()));
+    size_t own = list.items.size() - given;
+    if (own < 1) walk.fail_at(format("not enough states were given (%d needed, but only %d given)", 1, 0));
+    if (own > 1)
+        walk.fail_at(format("too many states were given (only %d required, so state '%s' is extra)", 1,
+                            list.items[given + 1].text.c_str()));
+    std::vector<int> condition(parents);
+    for (size_t p = 0; p < parents; ++p) {
+        const std::string& w = list.items[p].text;
+        const Node& parent = *node.parents.nodes[p];
+        condition[p] = w == "@any" ? kEveryState : state_named(parent, w);
+        if (condition[p] == -1)
+            walk.fail_at(format(">-node %s has no state named '%s'", parent.name.c_str(), w.c_str()));
+    }
+    const std::string& w = list.items[given].text;
+    if (node.is_discrete() && (w.empty() || w[0] != '@') && state_named(node, w) < 0)
+        walk.fail_at(format(">-node %s has no state named '%s'", node.name.c_str(), w.c_str()));
+    return condition;
+}
+
+// Hands every row whose condition fits the pattern to 'each'.
+void matching_rows(const Node& node, const std::vector<int>& pattern, size_t level, size_t row,
+                   const std::function<void(size_t)>& each) {
+    if (level == pattern.size()) {
+        each(row);
+        return;
+    }
+    size_t count = static_cast<size_t>(node.parents.nodes[level]->num_states());
+    for (size_t s = 0; s < count; ++s)
+        if (pattern[level] == kEveryState || pattern[level] == static_cast<int>(s))
+            matching_rows(node, pattern, level + 1, row * count + s, each);
+}
+
+void read_state_lists(const Node& node, const Value& table, const TableWalk& walk, const TableWalk::Entry& entry) {
+    std::vector<const Value*> lists;
+    if (table.bar >= 0) lists.push_back(&table);
+    else
+        for (const Value& item : table.items) {
+            if (!item.is_list()) walk.fail_at("missing 2nd open parenthesis (it should be a list of vectors)");
+            lists.push_back(&item);
+        }
+    for (const Value* list : lists) {
+        std::vector<int> pattern = state_list_condition(node, *list, walk);
+        const Value& own = list->items[pattern.size()];
+        matching_rows(node, pattern, 0, 0, [&](size_t row) { entry(row, own, walk.row_text(row)); });
+    }
+}
+
+// A function table given as one flat list of states must have one for
+// every condition (with a single parent, flat and nested are the same).
+void check_state_count(const Node& node, const Value& table, const TableWalk& walk) {
+    size_t parents = node.parents.nodes.size();
+    if (!table.is_list() || has_lists(table) || parents == 1 || (parents == 0 && table.items.size() < 2)) return;
+    size_t rows = static_cast<size_t>(table_rows(node));
+    if (table.items.size() < rows)
+        walk.fail_at(format("not enough states were given (%d needed, but only %d given)", static_cast<int>(rows),
+                            static_cast<int>(table.items.size())));
+    if (table.items.size() > rows)
+        walk.fail_at(format("too many states were given (only %d required, so state '%s' is extra)",
+                            static_cast<int>(rows), table.items[rows].text.c_str()));
+}
+
 }  // namespace
 
 void DneReader::tables(const Declared& d) {
@@ -137,6 +302,7 @@ void DneReader::read_probs(Node& node, const Statement& s) {
                                node.name.c_str(), table_rows(node) * static_cast<double>(m)));
     std::vector<float> cpt(static_cast<size_t>(table_rows(node)) * m);
     TableWalk walk(node, place_, s.line, 1);
+    walk.check_shape(s);
     auto entry = [&](size_t row, const Value& v, const std::string& condition) {
         float* out = &cpt[row * m];
         auto problem = [&](const std::string& what) {
@@ -205,6 +371,7 @@ void DneReader::read_functable(Node& node, const Statement& s) {
             reals[row] = *x;
             return;
         }
+        if (v.kind == Value::Empty) walk.fail_at(format("the %s state name is empty", ordinal(row + 1).c_str()));
         int state = -1;
         if (w == "@undef") state = kUndefState;
         else if (w == "@imposs") state = kImpossState;
@@ -212,22 +379,26 @@ void DneReader::read_functable(Node& node, const Statement& s) {
         else if (!w.empty() && w[0] == '@')
             walk.fail_at(format("unknown escape name '%s' in table entry [%s] of >-node %s", w.c_str(),
                                 condition.c_str(), node.name.c_str()));
-        for (int i = 0; state == -1 && i < node.num_states(); ++i)
-            if (node.states[static_cast<size_t>(i)].name == w) state = i;
-        // Unnamed states are written by their index.
-        auto index = state == -1 ? read_integer(w) : std::nullopt;
-        if (index && *index >= 0 && *index < node.num_states() &&
-            node.states[static_cast<size_t>(*index)].name.empty())
-            state = static_cast<int>(*index);
+        if (state == -1) state = state_named(node, w);
         if (state == -1)
             walk.fail_at(format("unknown state name '%s' in table entry [%s] of >-node %s", w.c_str(),
                                 condition.c_str(), node.name.c_str()));
         states[row] = state;
     };
-    if (is_flat(node, s.value, 1)) {
-        for (size_t r = 0; r < rows; ++r) entry(r, s.value.items[r], walk.row_text(r));
+    if (is_state_lists(s.value)) {
+        walk.check_parens(s, s.value.bar >= 0 ? 1 : 2);
+        // Conditions no list names are left undefined.
+        std::fill(states.begin(), states.end(), kUndefState);
+        std::fill(reals.begin(), reals.end(), undef_value());
+        read_state_lists(node, s.value, walk, entry);
     } else {
-        walk.run(s.value, entry);
+        walk.check_shape(s);
+        check_state_count(node, s.value, walk);
+        if (is_flat(node, s.value, 1)) {
+            for (size_t r = 0; r < rows; ++r) entry(r, s.value.items[r], walk.row_text(r));
+        } else {
+            walk.run(s.value, entry);
+        }
     }
     node.func_states = std::move(states);
     node.func_reals = std::move(reals);
@@ -238,6 +409,7 @@ void DneReader::read_experience(Node& node, const Statement& s) {
     size_t rows = static_cast<size_t>(table_rows(node));
     std::vector<double> experience(rows);
     TableWalk walk(node, place_, s.line, 0);
+    walk.check_shape(s);
     auto entry = [&](size_t row, const Value& v, const std::string& condition) {
         auto x = v.is_list() ? std::nullopt : read_real(v.text);
         if (!x)

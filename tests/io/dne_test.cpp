@@ -1,4 +1,6 @@
 #include "io/io_fixture.h"
+#include "base/frame.h"
+#include "io/dne.h"
 #include "net/ops.h"
 
 namespace ravelo::testing {
@@ -159,6 +161,40 @@ node B : Binary { states = (off, on); parents = (A); probs = ((1, 0), FLAT); };
     EXPECT_EQ(b->cpt, (std::vector<float>{1, 0, 0.5f, 0.5f}));
 }
 
+TEST_F(NetFileReading, PositionsHaveAsManyCoordinatesAsTheNetHasDimensions) {
+    Net* net = read_text("dims.dne", "bnet D { numdimensions = 3; node A { states = (a); position = (1, 2, 3); }; };");
+    ASSERT_NE(net, nullptr) << last_message();
+    EXPECT_EQ(net->nodes.nodes.size(), 1u);
+}
+
+// Reads with inherited statements applied in a first pass.
+Net* read_first_pass(environ_ns* env, const std::string& text) {
+    ApiFrame frame("ReadNet_bn");
+    frame.use(*core_of<Environment>(env));
+    DneReadOptions options;
+    options.inherit_first_pass = true;
+    return frame.run<Net*>(nullptr, [&] { return read_dne(frame.environment(env), text, {"first.dne"}, 0, options); });
+}
+
+TEST_F(NetFileReading, InheritingInAFirstPassRefusesOverridesAndLateStatements) {
+    const std::string definition =
+        "// ~->[DNET-1]->~\nbnet P {\ndefine node Binary { states = (no, yes); probs = (0.5, 0.5); };\n"
+        "node A { states = (a, b); };\n";
+    Net* net = read_first_pass(env, definition + "node B : Binary { title = \"t\"; };\n};\n");
+    ASSERT_NE(net, nullptr) << last_message();
+    EXPECT_EQ(net->find("B")->cpt, (std::vector<float>{0.5f, 0.5f}));
+    EXPECT_EQ(read_first_pass(env, definition + "node B : Binary { states = (off, on); };\n};\n"), nullptr);
+    EXPECT_NE(last_message().find("`states` statement already inherited (line 5"), std::string::npos);
+    EXPECT_EQ(read_first_pass(env, definition + "node B : Binary { parents = (A); };\n};\n"), nullptr);
+    EXPECT_NE(last_message().find("`parents` statement should appear earlier.  Or reread with 'Inherit in First "
+                                  "Pass' off (line 5"),
+              std::string::npos);
+    EXPECT_TRUE(core_of<Environment>(env)->nets.size() == 1u);
+    // Read as usual, the same declaration overrides the inherited statement.
+    EXPECT_NE(read_text("p.dne", definition + "node B : Binary { states = (off, on); };\n};\n"), nullptr)
+        << last_message();
+}
+
 struct BadFile {
     const char* body;  // the inside of the bnet object
     const char* message;
@@ -232,6 +268,13 @@ TEST_F(NetFileReading, FaultyFilesGetTheReadersMessages) {
          "`levels` has 3 entries, but there should be 2, because node A has 2 states and is discrete"},
         {"node A { discrete = FALSE; numstates = 3; };",
          "'numstates' field declared '3', incompatible with 'levels' declared 0"},
+        {"define NodeSet S { Nodes = (); };", "a DEFINED NodeSet 'S' appears"},
+        {"node A { states = (a, b); param user U { x = 1; }; };", "a DEFINED user 'U' appears"},
+        {"node A { states = (a, b); position = (1, 2, 3); };", "there are 3 entries, but 2 dimensions in net 'Bad'"},
+        {"numdimensions = 3;\nnode A { states = (a, b); position = (1, 2); };",
+         "there are 2 entries, but 3 dimensions in net 'Bad'"},
+        {"node A { states = (a, b); fields = ((x, 1), (y, 2, 3)); };", "vectors of different lengths (2 and 3)"},
+        {"node A { states = (a, b); fields = ((x, 1, 0)); };", "vectors of different lengths (3 and 2)"},
     };
     for (const BadFile& c : cases) {
         SCOPED_TRACE(c.body);
