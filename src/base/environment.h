@@ -1,6 +1,7 @@
 // The engine environment: owner of every object made in it, holder of the
 // reports of its threads, and the process-wide settings beside it.
 #pragma once
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -61,6 +62,8 @@ public:
     Tagged* default_generator = nullptr;
     int case_delimiter = '\t';
     int missing_data_char = '*';
+    // Told the title and fraction done of long actions; true halts them.
+    std::function<bool(const std::string&, double)> progress_listener;
     ObjectStore store;
 };
 

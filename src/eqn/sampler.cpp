@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "base/progress.h"
 #include "base/random.h"
 #include "base/text.h"
 #include "eqn/evaluate.h"
@@ -76,9 +77,11 @@ double sample_continuous(ParsedEquation& eq, std::vector<double>& values, Node& 
     if (eq.density_bounds.size() <= condition) eq.density_bounds.resize(condition + 1, -1);
     double& bound = eq.density_bounds[condition];
     if (bound < 0) {
+        Progress progress(node.net->env, "to make probability sampling structure");
         bound = 0;
         for (int k = 0; k < kBoundProbes; ++k)
             bound = std::fmax(bound, density(eq, values, lo + width * (k + 0.5) / kBoundProbes, node));
+        progress.update(1.0);
     }
     for (int rejections = 0;; ++rejections) {
         if (rejections > kMaxRejections)

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "base/progress.h"
 #include "base/random.h"
 #include "base/text.h"
 #include "eqn/equation.h"
@@ -161,7 +162,11 @@ void Conversion::run(int num_samples, bool samp_unc, bool add_exist) {
     size_t m = static_cast<size_t>(node_.num_states());
     std::vector<double> counts(rows * m, 0.0);
     std::vector<int> function_states(function_table ? rows : 0, 0);
+    Progress progress(node_.net->env, format("generating >-CPTable for node '%s'", node_.name.c_str()));
     for (size_t row = 0; row < rows; ++row) {
+        // Nothing is stored before every row is done, so a halt leaves the node as it was.
+        if (progress.update(static_cast<double>(row) / static_cast<double>(rows)))
+            fail(2559, "converting the equation of >-node '%s' to a table was halted", node_.name.c_str());
         std::vector<double> cell(m, 0.0);
         for (int k = 0; k < num_samples; ++k) {
             bind_parents(row);
@@ -173,6 +178,7 @@ void Conversion::run(int num_samples, bool samp_unc, bool add_exist) {
                 if (cell[s] > 0) function_states[row] = static_cast<int>(s);
         std::copy(cell.begin(), cell.end(), counts.begin() + static_cast<long>(row * m));
     }
+    progress.update(1.0);
     store(counts, function_states, num_samples, samp_unc, add_exist, function_table);
     node_.chance = eq_.probabilistic || sampled ? Chance::Chance : Chance::Determin;
     node_tables_changed(node_);

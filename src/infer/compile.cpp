@@ -2,6 +2,7 @@
 
 #include "base/environment.h"
 #include "base/failure.h"
+#include "base/progress.h"
 #include "base/report.h"
 #include "infer/optimize_order.h"
 #include "infer/order_check.h"
@@ -144,8 +145,12 @@ void compile_net(Net& net, const CompileOptions& options) {
     if (!net.elim_order || options.optimize) {
         std::vector<int> all(static_cast<size_t>(g.size()));
         for (int v = 0; v < g.size(); ++v) all[static_cast<size_t>(v)] = v;
+        // Without a halt check of the caller's, the environment's progress listener serves.
+        Progress search(net.env, "Finding Elimination Order");
+        HaltCheck halt = options.halt;
+        if (!halt) halt = [&search](double fraction) { return search.update(fraction); };
         order = options.optimize ? optimize_elim_order(g, net, all).order
-                                 : find_elim_order(g, all, options.halt).order;
+                                 : find_elim_order(g, all, halt).order;
     } else {
         order = local_order(g, *net.elim_order);
     }
