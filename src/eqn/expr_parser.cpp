@@ -26,6 +26,17 @@ void parse_fault(int number, int position, const char* fmt, ...) {
     throw ParseFault{number, message, position, {}};
 }
 
+// A call node of f over its checked arguments.
+static ExprPtr make_call(const FuncDesc& f, std::vector<ExprPtr> args, int position, ValueType type) {
+    auto call = std::make_unique<Expr>();
+    call->kind = ExprKind::Call;
+    call->func = &f;
+    call->position = position;
+    call->type = type;
+    call->args = std::move(args);
+    return call;
+}
+
 ExprPtr ExprParser::wrap(const FuncDesc& f, ExprPtr e, const std::vector<double>& extra,
                          ValueType type) {
     auto call = std::make_unique<Expr>();
@@ -163,13 +174,8 @@ ExprPtr ExprParser::binary(const FuncDesc& f, ExprPtr left, ExprPtr right, int p
         args[checked_from] = std::move(pair[0]);
         args[checked_from + 1] = std::move(pair[1]);
     }
-    auto call = std::make_unique<Expr>();
-    call->kind = ExprKind::Call;
-    call->func = &f;
-    call->position = position;
-    call->type = result_type(f, args);
-    call->args = std::move(args);
-    return call;
+    ValueType type = result_type(f, args);
+    return make_call(f, std::move(args), position, type);
 }
 
 ExprPtr ExprParser::primary(int current_var) {
@@ -388,13 +394,8 @@ ExprPtr ExprParser::function_call(const std::string& name, int current_var, int 
     }
     check_arguments(f, args, false, position);
     if (f.probability) check_noisy(f, args);
-    auto call = std::make_unique<Expr>();
-    call->kind = ExprKind::Call;
-    call->func = &f;
-    call->position = position;
-    call->type = result_type(f, args);
-    call->args = std::move(args);
-    return call;
+    ValueType type = result_type(f, args);
+    return make_call(f, std::move(args), position, type);
 }
 
 }  // namespace ravelo
