@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <string>
 
 #include "api/handles.h"
@@ -12,9 +13,12 @@
 
 namespace ravelo::testing {
 
+// Test files; the real networks are kept once, in nets/.
 inline std::string data_path(const std::string& file) {
     const char* dir = std::getenv("RAVELO_TEST_DATA");
-    return std::string(dir ? dir : RAVELO_TEST_DATA) + "/" + file;
+    std::string root = std::string(dir ? dir : RAVELO_TEST_DATA) + "/";
+    std::string net = root + "nets/" + file;
+    return std::ifstream(net).good() ? net : root + file;
 }
 
 class IoTest : public ::testing::Test {
