@@ -313,12 +313,12 @@ void max_onto(const Clique& clique, const IndexMap& map, double* out, std::size_
             }
 }
 
-void multiply_by(Clique& clique, const IndexMap& map, const float* factor) {
-    multiply_by(clique, map, factor, clique.table.data());
-}
+namespace {
 
-void multiply_by(Clique& clique, const IndexMap& map, const float* factor, const float* src) {
-    float* t = clique.table.data();
+// In place, src is t itself, which the compiler must know to vectorise.
+template <bool InPlace>
+void multiply_entries(const IndexMap& map, float* t, const float* src, const float* factor) {
+    if constexpr (InPlace) src = t;
     const std::size_t inner = map.inner, middle = map.middle;
     switch (inner) {
         case 1: return multiply_runs<1>(map, t, src, factor);
@@ -342,6 +342,17 @@ void multiply_by(Clique& clique, const IndexMap& map, const float* factor, const
                 for (std::size_t i = 0; i < inner; ++i) t[i] = src[i] * f[i];
         }
     }
+}
+
+}  // namespace
+
+void multiply_by(Clique& clique, const IndexMap& map, const float* factor) {
+    multiply_entries<true>(map, clique.table.data(), nullptr, factor);
+}
+
+void multiply_by(Clique& clique, const IndexMap& map, const float* factor, const float* src) {
+    if (src == clique.table.data()) multiply_entries<true>(map, clique.table.data(), nullptr, factor);
+    else multiply_entries<false>(map, clique.table.data(), src, factor);
 }
 
 const float* current_entries(const JunctionTree& jt, const Clique& clique) {
