@@ -196,7 +196,10 @@ void allocate_tables(JunctionTree& jt) {
 }
 
 void free_tables(JunctionTree& jt) {
-    for (Clique& c : jt.cliques) c.table = {};
+    for (Clique& c : jt.cliques) {
+        c.table = {};
+        c.from_prior = false;
+    }
     for (Sepset& s : jt.sepsets) {
         s.table = {};
         s.near_map = {};
@@ -211,6 +214,7 @@ void free_tables(JunctionTree& jt) {
 void load_node_tables(JunctionTree& jt) {
     for (Clique& c : jt.cliques) {
         std::fill(c.table.begin(), c.table.end(), 1.0f);
+        c.from_prior = false;
         for (const Node* n : c.homed) load_one(jt, c, *n);
         c.rebuild = false;
     }
@@ -252,16 +256,16 @@ void sum_runs(const IndexMap& map, const float* t, double* out) {
 }
 
 template <std::size_t N>
-void multiply_runs(const IndexMap& map, float* t, const float* factor) {
+void multiply_runs(const IndexMap& map, float* t, const float* src, const float* factor) {
     const std::size_t middle = map.middle;
     for (std::uint32_t base : map.run_base) {
         const float* f = factor + base;
-        for (std::size_t j = 0; j < middle; ++j, t += N) {
+        for (std::size_t j = 0; j < middle; ++j, t += N, src += N) {
             if (!map.spread) {
                 const float x = f[j];
-                for (std::size_t i = 0; i < N; ++i) t[i] *= x;
+                for (std::size_t i = 0; i < N; ++i) t[i] = src[i] * x;
             } else {
-                for (std::size_t i = 0; i < N; ++i) t[i] *= f[i];
+                for (std::size_t i = 0; i < N; ++i) t[i] = src[i] * f[i];
             }
         }
     }
@@ -270,8 +274,11 @@ void multiply_runs(const IndexMap& map, float* t, const float* factor) {
 }  // namespace
 
 void sum_onto(const Clique& clique, const IndexMap& map, double* out, std::size_t out_size) {
+    sum_onto(clique.table.data(), map, out, out_size);
+}
+
+void sum_onto(const float* t, const IndexMap& map, double* out, std::size_t out_size) {
     std::fill(out, out + out_size, 0.0);
-    const float* t = clique.table.data();
     const std::size_t inner = map.inner, middle = map.middle;
     switch (inner) {
         case 1: return sum_runs<1>(map, t, out);
@@ -306,31 +313,57 @@ void max_onto(const Clique& clique, const IndexMap& map, double* out, std::size_
             }
 }
 
-void multiply_by(Clique& clique, const IndexMap& map, const float* factor) {
-    float* t = clique.table.data();
+namespace {
+
+// In place, src is t itself, which the compiler must know to vectorise.
+template <bool InPlace>
+void multiply_entries(const IndexMap& map, float* t, const float* src, const float* factor) {
+    if constexpr (InPlace) src = t;
     const std::size_t inner = map.inner, middle = map.middle;
     switch (inner) {
-        case 1: return multiply_runs<1>(map, t, factor);
-        case 2: return multiply_runs<2>(map, t, factor);
-        case 3: return multiply_runs<3>(map, t, factor);
-        case 4: return multiply_runs<4>(map, t, factor);
+        case 1: return multiply_runs<1>(map, t, src, factor);
+        case 2: return multiply_runs<2>(map, t, src, factor);
+        case 3: return multiply_runs<3>(map, t, src, factor);
+        case 4: return multiply_runs<4>(map, t, src, factor);
         default: break;
     }
     if (!map.spread) {
         for (std::uint32_t base : map.run_base) {
             const float* f = factor + base;
-            for (std::size_t j = 0; j < middle; ++j, t += inner) {
+            for (std::size_t j = 0; j < middle; ++j, t += inner, src += inner) {
                 const float x = f[j];
-                for (std::size_t i = 0; i < inner; ++i) t[i] *= x;
+                for (std::size_t i = 0; i < inner; ++i) t[i] = src[i] * x;
             }
         }
     } else {
         for (std::uint32_t base : map.run_base) {
             const float* f = factor + base;
-            for (std::size_t j = 0; j < middle; ++j, t += inner)
-                for (std::size_t i = 0; i < inner; ++i) t[i] *= f[i];
+            for (std::size_t j = 0; j < middle; ++j, t += inner, src += inner)
+                for (std::size_t i = 0; i < inner; ++i) t[i] = src[i] * f[i];
         }
     }
+}
+
+}  // namespace
+
+void multiply_by(Clique& clique, const IndexMap& map, const float* factor) {
+    multiply_entries<true>(map, clique.table.data(), nullptr, factor);
+}
+
+void multiply_by(Clique& clique, const IndexMap& map, const float* factor, const float* src) {
+    if (src == clique.table.data()) multiply_entries<true>(map, clique.table.data(), nullptr, factor);
+    else multiply_entries<false>(map, clique.table.data(), src, factor);
+}
+
+const float* current_entries(const JunctionTree& jt, const Clique& clique) {
+    return clique.from_prior ? jt.prior_cliques[static_cast<size_t>(clique.index)].data() : clique.table.data();
+}
+
+void restore_from_prior(JunctionTree& jt, Clique& clique) {
+    if (!clique.from_prior) return;
+    const std::vector<float>& prior = jt.prior_cliques[static_cast<size_t>(clique.index)];
+    std::copy(prior.begin(), prior.end(), clique.table.begin());
+    clique.from_prior = false;
 }
 
 void member_sums(const Clique& clique, int pos, int num_states, double* out) {

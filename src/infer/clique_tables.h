@@ -28,6 +28,14 @@ void sum_onto(const Clique& clique, const IndexMap& map, double* out, std::size_
 void max_onto(const Clique& clique, const IndexMap& map, double* out, std::size_t out_size);
 // Multiplies the clique's table by a factor over the sepset's entries.
 void multiply_by(Clique& clique, const IndexMap& map, const float* factor);
+// The same, reading the entries from source (the clique's size) instead.
+void multiply_by(Clique& clique, const IndexMap& map, const float* factor, const float* source);
+void sum_onto(const float* table, const IndexMap& map, double* out, std::size_t out_size);
+
+// The clique's current entries, whether still those of the kept prior or not.
+const float* current_entries(const JunctionTree& jt, const Clique& clique);
+// Copies the kept prior into a clique whose table still stands for it.
+void restore_from_prior(JunctionTree& jt, Clique& clique);
 
 // Sums of the clique's table onto one member's states (out: num_states doubles).
 void member_sums(const Clique& clique, int member_position, int num_states, double* out);

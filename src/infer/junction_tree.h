@@ -49,6 +49,9 @@ struct Clique {
     int state = 1;
     bool on_queue = false;
     std::vector<float> table;
+    // The table's content is still the kept prior's: copied (or multiplied
+    // in one pass) only when first changed.
+    bool from_prior = false;
     std::vector<Node*> homed;  // nodes whose tables load here
 };
 

@@ -36,7 +36,8 @@ void set_state(JunctionTree& jt, Queue& queue, Clique& c, int state) {
     for (const CliqueLink& link : c.links) queue.push(jt.cliques[link.neighbour]);
 }
 
-int normalise_root(Clique& c, double& findings_probability) {
+int normalise_root(JunctionTree& jt, Clique& c, double& findings_probability) {
+    restore_from_prior(jt, c);
     double sum = table_sum(c.table);
     if (!(sum > 0.0)) {
         findings_probability = 0.0;
@@ -67,7 +68,7 @@ int collect(JunctionTree& jt, Queue& queue, Clique& c, double& findings_probabil
         return kPropagated;
     }
     set_state(jt, queue, c, kReceiving);
-    return normalise_root(c, findings_probability);
+    return normalise_root(jt, c, findings_probability);
 }
 
 int distribute(JunctionTree& jt, Queue& queue, Clique& c) {
@@ -110,17 +111,21 @@ void pass_message(JunctionTree& jt, Clique& from, const CliqueLink& link) {
     const std::size_t n = s.table.size();
     double* sums = jt.sums.data();
     float* ratio = jt.ratio.data();
-    sum_onto(from, out_map, sums, n);
+    sum_onto(current_entries(jt, from), out_map, sums, n);
     for (std::size_t i = 0; i < n; ++i) {
         const float fresh = static_cast<float>(sums[i]);
         const float old = s.table[i];
         ratio[i] = old == 0.0f ? 0.0f : fresh / old;
         s.table[i] = fresh;
     }
-    multiply_by(jt.cliques[link.neighbour], in_map, ratio);
+    Clique& to = jt.cliques[link.neighbour];
+    multiply_by(to, in_map, ratio, current_entries(jt, to));
+    to.from_prior = false;
 }
 
-int propagate(JunctionTree& jt, double& findings_probability) {
+namespace {
+
+int propagate_queue(JunctionTree& jt, double& findings_probability) {
     bool any_changed = false;
     for (Clique& c : jt.cliques) {
         if (c.state != kChanged) c.state = kUnchanged;
@@ -142,6 +147,15 @@ int propagate(JunctionTree& jt, double& findings_probability) {
             for (Clique& c : jt.cliques) queue.push(c);
     }
     return kPropagated;
+}
+
+}  // namespace
+
+int propagate(JunctionTree& jt, double& findings_probability) {
+    int result = propagate_queue(jt, findings_probability);
+    // Cliques nothing reached still stand for the prior: give them its entries.
+    for (Clique& c : jt.cliques) restore_from_prior(jt, c);
+    return result;
 }
 
 }  // namespace ravelo

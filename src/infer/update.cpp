@@ -12,6 +12,7 @@ namespace {
 void apply_finding(JunctionTree& jt, int v, std::vector<float> likelihood) {
     Node* node = jt.graph.nodes[v];
     Clique& c = jt.cliques[node->home_clique];
+    restore_from_prior(jt, c);
     multiply_by_states(c, member_position(c, v), node->num_states(), likelihood.data());
     c.state = kChanged;
     jt.applied[v] = std::move(likelihood);
@@ -37,7 +38,7 @@ bool ensure_prior(JunctionTree& jt) {
 void load_tables_and_findings(Net& net, JunctionTree& jt) {
     if (ensure_prior(jt)) {
         for (size_t i = 0; i < jt.cliques.size(); ++i) {
-            jt.cliques[i].table = jt.prior_cliques[i];
+            jt.cliques[i].from_prior = true;  // copied when first changed
             jt.cliques[i].state = kUnchanged;
         }
         for (size_t i = 0; i < jt.sepsets.size(); ++i) jt.sepsets[i].table = jt.prior_sepsets[i];
