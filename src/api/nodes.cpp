@@ -18,7 +18,8 @@ node_bn* NewNode_bn(const char* name, int num_states, net_bn* net) {
         Net& n = checked_net(frame, net);
         require_legal_name(name, "node");
         check_state_count(name, false, num_states);
-        if (n.find(name))
+        // A definition's name is taken too: the net's file declares both.
+        if (n.find(name) || n.find_definition(name))
             fail(3210, "can't add >-node %s to >-net %s because it already has a >-node with that name",
                  name, n.name.c_str());
         Node* node = create_node(n, name, num_states);
@@ -71,7 +72,7 @@ void SetNodeName_bn(node_bn* node, const char* name) {
         Node& n = checked_node(frame, node);
         require_legal_name(name, "node");
         if (n.name == name) return;
-        if (n.net->find(name))
+        if (n.net->find(name) || n.net->find_definition(name))
             fail(3211, "can't rename >-node %s to %s, because >-net %s already has a >-node with that name",
                  n.name.c_str(), name, n.net->name.c_str());
         rename_node(n, name);

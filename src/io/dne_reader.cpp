@@ -28,6 +28,8 @@ std::vector<const Statement*> DneReader::effective(const Object& object) const {
                                         "defined", object.word.c_str(), object.name.c_str(),
                                         object.word.c_str()));
         out = effective(*it->second);
+        // Being a definition is not passed on.
+        std::erase_if(out, [](const Statement* i) { return i->keyword == "isdefine"; });
     }
     const std::vector<const Statement*> inherited = out;
     std::vector<std::string> own;
@@ -50,8 +52,6 @@ std::vector<const Statement*> DneReader::effective(const Object& object) const {
     return out;
 }
 
-namespace {
-
 // Statements whose reading depends on others: the node's states decide
 // how its tables, state texts and findings are read, its parents how its
 // tables and input names are.
@@ -66,8 +66,6 @@ bool depends_on(const std::string& later, const std::string& first) {
     if (first == "parents") return among(kOnParents);
     return false;
 }
-
-}  // namespace
 
 // With inherited statements applied first, an own statement can neither
 // repeat one nor be one that an inherited statement needed before it.
@@ -138,8 +136,8 @@ void DneReader::net_statements(const Object& bnet) {
 }
 
 void DneReader::declare(const Object& object) {
-    if (!object.declarer.empty()) {
-        definitions_[object.name] = &object;
+    if (is_definition(object)) {
+        keep_definition(object);
         return;
     }
     std::string problem = name_problem(object.name.c_str());
@@ -151,6 +149,7 @@ void DneReader::declare(const Object& object) {
         failure(object.line, format("duplicate %s name '%s'", "node", object.name.c_str()));
     std::vector<const Statement*> statements = effective(object);
     Node* node = make_node(object, statements);
+    node->inherits = object.base;
     node_fields(*node, statements);
     node_objects(*node, object);
     declared_.push_back({&object, node, std::move(statements)});

@@ -31,6 +31,8 @@ private:
     int net_dimensions(const Object& bnet) const;
     void net_statements(const Object& bnet);
     void declare(const Object& object);
+    bool is_definition(const Object& object) const;  // dne_definitions.cpp
+    void keep_definition(const Object& object);
     Node* make_node(const Object& object, const std::vector<const Statement*>& statements);
     void node_fields(Node& node, const std::vector<const Statement*>& statements);
     void state_statement(Node& node, const Statement& s);  // states, their titles, comments, levels
@@ -55,6 +57,9 @@ private:
     std::map<std::string, const Object*> definitions_;
     std::vector<Declared> declared_;
 };
+
+// Whether reading statement `later` needs statement `first` read before it.
+bool depends_on(const std::string& later, const std::string& first);
 
 // Text of a word or string value, and the words of keyword values.
 std::string word_of(const Value& v);

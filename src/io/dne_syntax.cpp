@@ -21,6 +21,22 @@ std::string tag_word(std::string_view text) {
     return std::string(text.substr(start, end - start));
 }
 
+std::string value_text(const Value& v) {
+    switch (v.kind) {
+        case Value::Empty: return {};
+        case Value::Word: return v.text;
+        case Value::String: return quoted(v.text);
+        case Value::List: break;
+    }
+    std::string out = "(";
+    for (size_t i = 0; i < v.items.size(); ++i) {
+        if (static_cast<int>(i) == v.bar) out += " | ";
+        else if (i) out += ", ";
+        out += value_text(v.items[i]);
+    }
+    return out + ")";
+}
+
 bool is_table_keyword(std::string_view keyword) {
     for (const char* k : {"probs", "functable", "numcases", "ExperBase"})
         if (keyword == k) return true;

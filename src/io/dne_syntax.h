@@ -21,6 +21,10 @@ struct Value {
     bool is_list() const { return kind == List; }
 };
 
+// A value written back as the reader reads it: one line, items separated by
+// ", ", strings quoted.  Equal values give equal texts.
+std::string value_text(const Value& v);
+
 // How the parentheses of a table statement failed to balance.  Table
 // statements are parsed leniently so that the table's reader, which knows
 // the node, can say which entry went wrong.

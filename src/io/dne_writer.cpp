@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "base/tokenizer.h"
 #include "io/dne.h"
+#include "io/dne_definitions.h"
 #include "io/dne_words.h"
 
 namespace ravelo {
@@ -84,6 +85,7 @@ std::string Writer::run() {
         field("\t", "text", quoted(net_.visual));
         out_ += "\t};\n";
     }
+    for (const NodeDefinition& d : net_.definitions) out_ += definition_declaration(d);
     for (const Node* n : net_.nodes.nodes) node(*n);
     if (!net_.node_sets.empty()) out_ += "\n";
     for (const NodeSet& set : net_.node_sets) {
@@ -113,6 +115,7 @@ void Writer::states(const Node& n) {
 }
 
 void Writer::node(const Node& n) {
+    const size_t start = out_.size();
     out_ += "\nnode " + n.name + " {\n";
     field("\t", "kind", std::string(kKindWords[static_cast<int>(n.kind)]));
     field("\t", "discrete", n.type == NodeType::Discrete ? "TRUE" : n.type == NodeType::Continuous ? "FALSE" : "UNKNOWN_DISCRETE");
@@ -164,6 +167,7 @@ void Writer::node(const Node& n) {
         out_ += "\t\t};\n";
     }
     out_ += "\t};\n";
+    if (!n.inherits.empty()) out_.replace(start, std::string::npos, inheriting_declaration(net_, n, out_.substr(start)));
 }
 
 // Nested lists, one level per parent, one line per condition with the

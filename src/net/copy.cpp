@@ -23,6 +23,7 @@ void copy_fields(const Node& from, Node& to, const CopyOptions& options) {
     to.levels = from.levels;
     to.equation = from.equation;
     to.equation_dirty = from.equation_dirty;
+    to.inherits = from.inherits;
     to.user_fields = from.user_fields;
     if (options.visual) {
         to.vis_x = from.vis_x;
@@ -100,6 +101,7 @@ Net* copy_net(const Net& net, Environment& env, const std::string& name, const C
     copy->comment = net.comment;
     copy->user_fields = net.user_fields;
     copy->auto_update = net.auto_update;
+    copy->definitions = net.definitions;
     if (options.visual) copy->visual = net.visual;
     if (!options.nodes) return copy;
     std::vector<Node*> copies = copy_nodes(net.nodes.nodes, *copy, options);

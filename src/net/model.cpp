@@ -49,6 +49,7 @@ void Node::release() {
     finding = {};
     beliefs = {};
     derived_row = {};
+    inherits = {};
     user_fields = {};
     user_data = {};
     listeners = {};
@@ -62,6 +63,12 @@ Node* Net::find(const std::string& node_name) const {
     return it == by_name.end() ? nullptr : it->second;
 }
 
+const NodeDefinition* Net::find_definition(const std::string& definition_name) const {
+    for (const NodeDefinition& d : definitions)
+        if (d.name == definition_name) return &d;
+    return nullptr;
+}
+
 void Net::release() {
     kill();
     nodes.kill();
@@ -71,6 +78,7 @@ void Net::release() {
     copied_nodes.nodes = {};
     by_name = {};
     node_sets = {};
+    definitions = {};
     user_fields = {};
     user_data = {};
     listeners = {};

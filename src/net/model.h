@@ -138,9 +138,20 @@ public:
 
     std::uint64_t mark = 0;  // stamped by graph passes
     int index = -1;          // position in the net's node order
+    std::string inherits;    // the definition its file declaration inherited from, or ""
 
     // Frees contents when the node is deleted; the tombstone stays.
     void release();
+};
+
+// A node declaration kept only for others to inherit from ("define" or
+// "param" in net files).  It is not a node: no pass over the net's nodes
+// meets it, and its statements stay as the file gave them.
+struct NodeDefinition {
+    std::string declarer;  // "define" or "param"
+    std::string name;
+    std::string base;      // the definition it inherits from, or ""
+    std::vector<std::pair<std::string, std::string>> statements;  // keyword, value text
 };
 
 struct NodeSet {
@@ -165,6 +176,7 @@ public:
     std::vector<Listener> listeners;
     std::string visual;  // editor display information, kept as text
     NodeList copied_nodes;  // the nodes made by the last copy into this net
+    std::vector<NodeDefinition> definitions;  // in declaration order, bases first
 
     // Compiled form, and how far belief updating has brought it.
     std::shared_ptr<JunctionTree> jtree;
@@ -174,6 +186,7 @@ public:
     std::recursive_mutex lock;
 
     Node* find(const std::string& node_name) const;
+    const NodeDefinition* find_definition(const std::string& definition_name) const;
     void release();
 };
 

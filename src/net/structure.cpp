@@ -47,13 +47,14 @@ void check_link_allowed(const Node& parent, const Node& child) {
 }
 
 std::string unique_node_name(const Net& net, const std::string& base) {
-    if (!net.find(base)) return base;
+    auto taken = [&](const std::string& name) { return net.find(name) || net.find_definition(name); };
+    if (!taken(base)) return base;
     for (int n = 1;; ++n) {
         std::string suffix = std::to_string(n);
         suffix.insert(suffix.begin(), '_');
         std::string stem = base.substr(0, static_cast<size_t>(kMaxNameLength) - suffix.size());
         std::string name = stem + suffix;
-        if (!net.find(name)) return name;
+        if (!taken(name)) return name;
     }
 }
 
