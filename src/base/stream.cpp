@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "base/failure.h"
+#include "base/file_replace.h"
 
 namespace ravelo {
 
@@ -46,13 +47,7 @@ void write_stream_text(Stream& stream, const std::string& text) {
         stream.borrowed_length = 0;
         return;
     }
-    File file(std::fopen(stream.name.c_str(), "wb"));
-    if (!file) fail(3442, "couldn't open file '%s' for writing", stream.name.c_str());
-    bool written = std::fwrite(text.data(), 1, text.size(), file.get()) == text.size();
-    written = std::fflush(file.get()) == 0 && written;
-    if (!written)
-        fail(3443, "disk error writing to file '%s' (is disk full or write protected?)",
-             stream.name.c_str());
+    replace_file_text(stream.name, text, stream.file_number);
 }
 
 std::string extension_of(std::string_view name) {

@@ -18,6 +18,7 @@ public:
     std::string name;  // the file's path, or the memory stream's name
     bool is_file;
     std::string access;
+    int file_number = 0;  // set when its file was first written
 
     // The memory stream's text: owned, or borrowed from the caller.
     std::string owned;

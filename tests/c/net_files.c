@@ -19,6 +19,50 @@ static const char* last_message(environ_ns* env) {
     return text;
 }
 
+/* Definitions are kept apart from the nodes and written back as declared. */
+static const char* const kDefinitions =
+    "// ~->[DNET-1]->~\n\n"
+    "bnet Defs {\n"
+    "define node Switch { kind = NATURE; states = (off, on); probs = (0.5, 0.5); };\n"
+    "param node Dimmer : Switch { states = (low, mid, high); probs = (0.2, 0.3, 0.5); };\n"
+    "node Hall : Switch { title = \"hall\"; };\n"
+    "node Lamp : Dimmer { parents = (Hall); probs = ((1, 0, 0), (0, 0.5, 0.5)); };\n"
+    "};\n";
+
+static void check_definitions(environ_ns* env) {
+    stream_ns* in = NewMemoryStream_ns("defs.dne", env, NULL);
+    SetStreamContents_ns(in, kDefinitions, -1, 1);
+    net_bn* net = ReadNet_bn(in, NO_WINDOW);
+    EXPECT(net != NULL);
+    if (!net) return;
+    const nodelist_bn* nodes = GetNetNodes2_bn(net, NULL);
+    EXPECT(LengthNodeList_bn(nodes) == 2);
+    EXPECT(GetNodeNamed_bn("Switch", net) == NULL);
+    EXPECT(NewNode_bn("Dimmer", 2, net) == NULL);
+    EXPECT(strstr(last_message(env), "already has a node with that name") != NULL);
+
+    stream_ns* out = NewMemoryStream_ns("defs2.dne", env, NULL);
+    WriteNet_bn(net, out);
+    const char* text = GetStreamContents_ns(out, NULL);
+    EXPECT(text && strstr(text, "\ndefine node Switch {\n") != NULL);
+    EXPECT(text && strstr(text, "\nparam node Dimmer : Switch {\n") != NULL);
+    EXPECT(text && strstr(text, "\nnode Lamp : Dimmer {\n") != NULL);
+    net_bn* again = ReadNet_bn(out, NO_WINDOW);
+    EXPECT(again != NULL);
+    node_bn* lamp = again ? GetNodeNamed_bn("Lamp", again) : NULL;
+    EXPECT(lamp && GetNodeNumberStates_bn(lamp) == 3);
+    EXPECT(lamp && strcmp(GetNodeStateName_bn(lamp, 2), "high") == 0);
+    EXPECT(again && LengthNodeList_bn(GetNetNodes2_bn(again, NULL)) == 2);
+    CompileNet_bn(again);
+    const prob_bn* beliefs = lamp ? GetNodeBeliefs_bn(lamp) : NULL;
+    EXPECT(beliefs && fabs(beliefs[0] - 0.5) < 1e-6 && fabs(beliefs[2] - 0.25) < 1e-6);
+    EXPECT(strcmp(last_message(env), "") == 0);
+    DeleteNet_bn(again);
+    DeleteNet_bn(net);
+    DeleteStream_ns(in);
+    DeleteStream_ns(out);
+}
+
 static const char* const kNet =
     "// ~->[DNET-1]->~\n\n"
     "bnet Tiny {\n"
@@ -76,7 +120,7 @@ int main(void) {
     EXPECT(ReadNet_bn(missing, NO_WINDOW) == NULL);
     EXPECT(strcmp(last_message(env), "couldn't open file 'no/such/dir/net.dne' for reading") == 0);
     WriteNet_bn(net, missing);
-    EXPECT(strcmp(last_message(env), "couldn't open file 'no/such/dir/net.dne' for writing") == 0);
+    EXPECT(strcmp(last_message(env), "couldn't create new file 'no/such/dir/net.dne'") == 0);
     SetStreamContents_ns(missing, "x", 1, 1);
     EXPECT(strstr(last_message(env), "because it is a file stream") != NULL);
     SetStreamContents_ns(in, "x", -2, 1);
@@ -96,6 +140,7 @@ int main(void) {
 
     DeleteStream_ns(in);
     DeleteStream_ns(out);
+    check_definitions(env);
     EXPECT(CloseRavelo_bn(env, mesg) == 0);
     return failures == 0 ? 0 : 1;
 }
