@@ -26,12 +26,6 @@ void write_row(std::string& out, const float* row, size_t m) {
     out += ";\n";
 }
 
-bool row_is_given(const float* row, size_t m) {
-    for (size_t s = 0; s < m; ++s)
-        if (row[s] < 0) return false;
-    return true;
-}
-
 }  // namespace
 
 std::string write_bif(const ForeignNet& net) {
@@ -56,7 +50,8 @@ std::string write_bif(const ForeignNet& net) {
             out += (p ? ", " : " | ") + bif_word(node.parents[p]);
         out += " ) {\n";
         size_t m = node.states.size();
-        if (node.parents.empty() && !node.cpt.empty() && row_is_given(node.cpt.data(), m)) {
+        // Every row is given: what the format cannot say was refused before.
+        if (node.parents.empty() && !node.cpt.empty()) {
             out += "  table ";
             write_row(out, node.cpt.data(), m);
         } else if (!node.cpt.empty()) {
@@ -65,13 +60,11 @@ std::string write_bif(const ForeignNet& net) {
                 parents.push_back(&net.nodes[static_cast<size_t>(find_node(net, p))]);
             std::vector<size_t> condition(parents.size(), 0);
             for (size_t start = 0; start + m <= node.cpt.size(); start += m) {
-                if (row_is_given(&node.cpt[start], m)) {
-                    out += "  (";
-                    for (size_t p = 0; p < parents.size(); ++p)
-                        out += (p ? ", " : "") + bif_word(parents[p]->states[condition[p]]);
-                    out += ") ";
-                    write_row(out, &node.cpt[start], m);
-                }
+                out += "  (";
+                for (size_t p = 0; p < parents.size(); ++p)
+                    out += (p ? ", " : "") + bif_word(parents[p]->states[condition[p]]);
+                out += ") ";
+                write_row(out, &node.cpt[start], m);
                 for (size_t p = parents.size(); p-- > 0;) {
                     if (++condition[p] < parents[p]->states.size()) break;
                     condition[p] = 0;

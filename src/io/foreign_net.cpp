@@ -114,6 +114,19 @@ Net* build(Environment& env, const ForeignNet& from, const ReadPlace& place, Net
     return &net;
 }
 
+// A discrete function table as the probability table it means: each row
+// certain of its state, undefined where the function is.
+std::vector<float> function_as_probabilities(const Node& node) {
+    std::vector<float> cpt;
+    size_t m = node.states.size();
+    for (int state : node.func_states) {
+        bool defined = state >= 0 && static_cast<size_t>(state) < m;
+        for (size_t s = 0; s < m; ++s)
+            cpt.push_back(!defined ? kMissingProb : static_cast<size_t>(state) == s ? 1.0f : 0.0f);
+    }
+    return cpt;
+}
+
 }  // namespace
 
 Net* build_net(Environment& env, const ForeignNet& description, const ReadPlace& place) {
@@ -145,7 +158,7 @@ ForeignNet describe_net(const Net& net) {
                                             s.title));
         for (const Node* p : node->parents.nodes) f.parents.push_back(foreign_name(p->name, p->title));
         f.kind = node->kind;
-        f.cpt = node->cpt;
+        f.cpt = node->cpt.empty() ? function_as_probabilities(*node) : node->cpt;
         f.utilities = node->func_reals;
         f.has_position = node->has_position;
         f.x = node->vis_x;

@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "io/bif.h"
 #include "io/dne.h"
+#include "io/foreign_limits.h"
 #include "io/foreign_net.h"
 #include "io/hugin.h"
 #include "io/uai.h"
@@ -37,10 +38,10 @@ ForeignNet read_foreign(NetFormat format, std::string_view text, const ReadPlace
 
 std::string write_foreign(NetFormat format, const ForeignNet& net, const std::string& name) {
     switch (format) {
-        case NetFormat::Bif: return write_bif(net);
-        case NetFormat::XmlBif: return write_xmlbif(net);
-        case NetFormat::Hugin: return write_hugin(net);
-        case NetFormat::Uai: return write_uai(net);
+        case NetFormat::Bif: require_expressible(net, {"BIF", true, false}); return write_bif(net);
+        case NetFormat::XmlBif: require_expressible(net, {"XMLBIF", true, true}); return write_xmlbif(net);
+        case NetFormat::Hugin: require_expressible(net, {"Hugin .net", true, true}); return write_hugin(net);
+        case NetFormat::Uai: require_expressible(net, {"UAI", false, false}); return write_uai(net);
         default: break;
     }
     fail(3404, "can't write net file '%s', because nets are not written in that format", name.c_str());

@@ -98,13 +98,13 @@ std::string write_uai(const ForeignNet& net) {
         out += format(" %d\n", find_node(net, node.name));
     }
     for (const ForeignNode& node : net.nodes) {
-        // The format needs every table: a node without one is written uniform.
-        size_t m = node.states.size(), size = m;
+        // Every node has its table: one without was refused before.
+        size_t size = node.states.size();
         for (const std::string& p : node.parents) size *= net.nodes[static_cast<size_t>(find_node(net, p))].states.size();
         out += format("\n%zu\n", size);
         for (size_t i = 0; i < size; ++i) {
             out += ' ';
-            out += prob_text(node.cpt.empty() ? 1.0f / static_cast<float>(m) : node.cpt[i]);
+            out += prob_text(i < node.cpt.size() ? node.cpt[i] : 0.0f);
         }
         out += "\n";
     }
