@@ -49,7 +49,32 @@ std::vector<const Statement*> DneReader::effective(const Object& object) const {
                   out.end());
         out.push_back(&s);
     }
+    if (!options_.inherit_first_pass) defer_dependents(out, object);
     return out;
+}
+
+// Read as usual, an inherited statement that needs one of the declaration's
+// own statements read before it (inherited probabilities, own parents)
+// comes after them.
+void DneReader::defer_dependents(std::vector<const Statement*>& statements, const Object& object) const {
+    auto is_own = [&](const Statement* s) {
+        return std::any_of(object.statements.begin(), object.statements.end(), [&](const Statement& o) { return &o == s; });
+    };
+    std::vector<const Statement*> early, own, late;
+    for (const Statement* s : statements) {
+        if (is_own(s)) {
+            own.push_back(s);
+            continue;
+        }
+        auto needs = [&](const Statement* first) { return depends_on(s->keyword, first->keyword); };
+        bool deferred = std::any_of(late.begin(), late.end(), needs) ||
+                        std::any_of(object.statements.begin(), object.statements.end(),
+                                    [&](const Statement& o) { return needs(&o); });
+        (deferred ? late : early).push_back(s);
+    }
+    statements = std::move(early);
+    statements.insert(statements.end(), own.begin(), own.end());
+    statements.insert(statements.end(), late.begin(), late.end());
 }
 
 // Statements whose reading depends on others: the node's states decide
@@ -240,6 +265,9 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
         } else if (k == "parents") {
             parents_seen = true;
         } else if (k == "inputs") {
+            if (!find_in(statements, "parents"))
+                failure(s->line, format("can't read `%s` statement, because there is no `%s` statement", "inputs",
+                                        "parents"));
             if (!parents_seen)
                 failure(s->line, format("missing `%s` statement before `%s` statement", "parents", "inputs"));
         } else if (k == "probs" || k == "functable" || k == "numcases") {
@@ -352,6 +380,14 @@ void DneReader::resolve_links(const Declared& d) {
     size_t count = parents->value.items.size();
     if (inputs) {
         if (!inputs->value.is_list()) failure(inputs->line, "missing open parenthesis");
+        // Input names inherited, parents the node's own: the parents are at fault.
+        auto own = [&](const Statement* of) {
+            return std::any_of(d.object->statements.begin(), d.object->statements.end(),
+                               [&](const Statement& s) { return &s == of; });
+        };
+        if (inputs->value.items.size() != count && !own(inputs) && own(parents))
+            failure(parents->line, format("the number of parents (%d) does not match the number of link names (%d)",
+                                          static_cast<int>(count), static_cast<int>(inputs->value.items.size())));
         if (inputs->value.items.size() != count)
             failure(inputs->line, format("there are %d input names, but require %d (one for each parent)",
                                          static_cast<int>(inputs->value.items.size()), static_cast<int>(count)));

@@ -142,6 +142,11 @@ private:
                 read_failure(place_, tokens_.line(), format("missing '=' for `%s` statement", word.text.c_str()));
             read_failure(place_, word.line, format("unknown %s '%s'", "object", word.text.c_str()));
         }
+        // Nets, nodes and node sets stand only in a net: met inside another
+        // object they mean that object was never closed.
+        bool top_level = word.text == "bnet" || word.text == "node" || word.text == "NodeSet";
+        if (top_level && (into.word != "bnet" || word.text == "bnet"))
+            read_failure(place_, word.line, format("no terminating '}' for %s '%s'", into.word.c_str(), into.name.c_str()));
         into.objects.push_back(object(word.text, declarer, word.line, depth + 1));
     }
 
@@ -191,6 +196,12 @@ private:
             if (lenient_ && tokens_.peek().is(';')) {
                 ++unclosed_;
                 return v;
+            }
+            // A table's reader names the entry that lacks its comma.
+            const Token& ahead = tokens_.peek();
+            if (lenient_ && (ahead.kind == Token::Word || ahead.kind == Token::String || ahead.is('('))) {
+                v.comma_missing = true;
+                continue;
             }
             Token sep = tokens_.next();
             if (sep.is(')')) break;

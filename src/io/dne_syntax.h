@@ -18,6 +18,7 @@ struct Value {
     std::vector<Value> items;
     int line = 0;
     int bar = -1;  // items before a '|' in a list that has one
+    bool comma_missing = false;  // a table's list with items not separated by commas
     bool is_list() const { return kind == List; }
 };
 

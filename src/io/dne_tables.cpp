@@ -68,10 +68,14 @@ public:
         fail_at(format("extra close parenthesis at end of table entry [%s] of >-node %s", where.c_str(), name));
     }
 
-    // A '|' belongs only in state lists of function tables.
-    void refuse_bars(const Value& v, std::vector<int>& condition) const {
+    // A '|' belongs only in state lists of function tables; every list
+    // separates its items by commas.
+    void refuse_bars(const Value& v, std::vector<int>& condition, bool bars_allowed = false) const {
         if (!v.is_list()) return;
-        if (v.bar >= 0)
+        if (v.comma_missing)
+            fail_at(format("missing comma (,) in table entry [%s] of >-node %s", condition_text(condition).c_str(),
+                           node_.name.c_str()));
+        if (v.bar >= 0 && !bars_allowed)
             fail_at(format("unexpected punctuation %s in table entry [%s] of >-node %s", "|",
                            condition_text(condition).c_str(), node_.name.c_str()));
         for (size_t i = 0; i < v.items.size(); ++i) {
@@ -79,7 +83,7 @@ public:
             bool tracked = level < node_.parents.nodes.size() &&
                            i < static_cast<size_t>(node_.parents.nodes[level]->num_states());
             if (tracked) condition.push_back(static_cast<int>(i));
-            refuse_bars(v.items[i], condition);
+            refuse_bars(v.items[i], condition, bars_allowed);
             if (tracked) condition.pop_back();
         }
     }
@@ -89,6 +93,16 @@ public:
         check_parens(s, expected_depth());
         std::vector<int> condition;
         refuse_bars(s.value, condition);
+    }
+
+    // A flat list of all numbers that falls short (function tables count
+    // their states themselves).
+    void refuse_short_flat(const Value& table, size_t width) const {
+        size_t needed = static_cast<size_t>(table_rows(node_)) * width;
+        if (!node_.parents.nodes.empty() && table.is_list() && !has_lists(table) &&
+            table.items.size() > static_cast<size_t>(node_.parents.nodes[0]->num_states()) &&
+            table.items.size() < needed)
+            fail_at("not enough table entries");
     }
 
     int expected_depth() const { return static_cast<int>(node_.parents.nodes.size()) + inner_depth_; }
@@ -303,6 +317,7 @@ void DneReader::read_probs(Node& node, const Statement& s) {
     std::vector<float> cpt(static_cast<size_t>(table_rows(node)) * m);
     TableWalk walk(node, place_, s.line, 1);
     walk.check_shape(s);
+    walk.refuse_short_flat(s.value, m);
     auto entry = [&](size_t row, const Value& v, const std::string& condition) {
         float* out = &cpt[row * m];
         auto problem = [&](const std::string& what) {
@@ -387,6 +402,8 @@ void DneReader::read_functable(Node& node, const Statement& s) {
     };
     if (is_state_lists(s.value)) {
         walk.check_parens(s, s.value.bar >= 0 ? 1 : 2);
+        std::vector<int> none;
+        walk.refuse_bars(s.value, none, true);
         // Conditions no list names are left undefined.
         std::fill(states.begin(), states.end(), kUndefState);
         std::fill(reals.begin(), reals.end(), undef_value());
@@ -410,6 +427,7 @@ void DneReader::read_experience(Node& node, const Statement& s) {
     std::vector<double> experience(rows);
     TableWalk walk(node, place_, s.line, 0);
     walk.check_shape(s);
+    walk.refuse_short_flat(s.value, 1);
     auto entry = [&](size_t row, const Value& v, const std::string& condition) {
         auto x = v.is_list() ? std::nullopt : read_real(v.text);
         if (!x)
