@@ -51,7 +51,8 @@ void DneReader::keep_definition(const Object& object) {
         if (s.fault != ParenFault::None)
             failure(s.line, format("missing semicolon after `%s` statement", s.keyword.c_str()));
         if (s.keyword == "isdefine") {
-            if (!is_flag_word(word_of(s.value)) || !object.declarer.empty())
+            // A declaration word contradicted by its own flag.
+            if (!is_flag_word(word_of(s.value)) || word_of(s.value) == "FALSE")
                 failure(s.line, format("illegal value '%s'", word_of(s.value).c_str()));
             continue;  // the declaration word says it
         }
