@@ -53,6 +53,16 @@ TEST_F(TableReading, FaultsAreReportedWhereTheyArise) {
          "not enough states were given (6 needed, but only 5 given)"},
         {"node C { states = (no, yes); parents = (A, B); functable = (no, yes, no, yes, no, yes, yes); };",
          "too many states were given (only 6 required, so state 'yes' is extra)"},
+        // Flat probability tables, and lists without their commas.
+        {"node C { states = (no, yes); parents = (A, B); probs = (1, 0, 1, 0, 1, 0, 1, 0); };",
+         "not enough table entries"},
+        {"node C { states = (no, yes); parents = (A, B); numcases = (1, 2, 3, 4, 5); };", "not enough table entries"},
+        {"node C { states = (no, yes); parents = (A, B); probs = (((1, 0), (1, 0), (1, 0)) ((1, 0), (1, 0), (1, 0))); };",
+         "missing comma (,) in table entry [] of node C"},
+        {"node C { states = (no, yes); parents = (A); probs = ((1, 0), (0 1)); };",
+         "missing comma (,) in table entry [a1] of node C"},
+        {"node C { states = (no, yes); parents = (A); functable = ((a0 | yes) (a1 | no)); };",
+         "missing comma (,) in table entry [] of node C"},
         // Parentheses.
         {"node C { states = (no, yes); parents = (A); probs = (((1, 0)), (0, 1)); };",
          "too many open parenthesis (are 3, but should be 2) within table of node C"},

@@ -275,6 +275,10 @@ TEST_F(NetFileReading, FaultyFilesGetTheReadersMessages) {
          "there are 2 entries, but 3 dimensions in net 'Bad'"},
         {"node A { states = (a, b); fields = ((x, 1), (y, 2, 3)); };", "vectors of different lengths (2 and 3)"},
         {"node A { states = (a, b); fields = ((x, 1, 0)); };", "vectors of different lengths (3 and 2)"},
+        {"node A { states = (a, b); inputs = (x); };",
+         "can't read `inputs` statement, because there is no `parents` statement"},
+        {"node A { states = (a, b);\nnode B { states = (a, b); }; };", "no terminating '}' for node 'A' (line 5"},
+        {"node A { states = (a, b); probs = (0.5 0.5); };", "missing comma (,) in table entry [] of node A"},
     };
     for (const BadFile& c : cases) {
         SCOPED_TRACE(c.body);
