@@ -41,18 +41,16 @@ std::string table_words(node_bn* node) {
     return words;
 }
 
-// Compiles the net and prints its compiled size, or why it cannot be compiled.
-void print_compiled_size(Session& session, net_bn* net) {
-    CompileNet_bn(net);
+// Compiles the net and prints its compiled size and elimination order report, or why it cannot
+// be compiled.
+void print_compiled(Session& session, net_bn* net) {
+    CompileNetWith_bn(net, "report");
+    const report_ns* notice = nullptr;
+    while ((notice = GetError_ns(session.env(), NOTICE_ERR, notice)) != nullptr)
+        if (ErrorSeverity_ns(notice) == NOTICE_ERR) std::printf("%s", ErrorMessage_ns(notice));
     std::string error = session.take_error("compiling");
-    if (!error.empty()) {
-        std::printf("not compiled: %s\n", error.c_str());
-        return;
-    }
-    double size = SizeCompiledNet_bn(net, 0);
-    session.check("measuring the compiled net");
-    std::printf("compiled size: %.0f table entries (sepsets included), %.1f MiB\n", size,
-                size * sizeof(prob_bn) / (1024.0 * 1024.0));
+    ClearErrors_ns(session.env(), NOTICE_ERR);
+    if (!error.empty()) std::printf("not compiled: %s\n", error.c_str());
 }
 
 }  // namespace
@@ -85,7 +83,7 @@ int run_info(const std::string& file) {
         std::printf("  [%s]\n", table_words(node).c_str());
     }
     session.check("describing the net");
-    print_compiled_size(session, net);
+    print_compiled(session, net);
     return 0;
 }
 
