@@ -72,5 +72,53 @@ TEST_F(ForeignDialects, XmlDocumentTypeWithInternalSubsetIsSkipped) {
     EXPECT_NE(last_message().find("declaration is never closed"), std::string::npos);
 }
 
+std::string xdsl_with(const std::string& noisy) {
+    return R"(<?xml version="1.0"?>
+<smile version="1.0" id="causes"><nodes>
+<cpt id="a"><state id="on"/><state id="off"/><probabilities>0.5 0.5</probabilities></cpt>
+<cpt id="b"><state id="hi"/><state id="mid"/><state id="lo"/><probabilities>0.2 0.3 0.5</probabilities></cpt>
+)" + noisy + "\n</nodes></smile>\n";
+}
+
+// Each cause alone moves the effect up from its last (distinguished) state; the effect is
+// the most severe of what the causes and the leak produce.
+TEST_F(ForeignDialects, XdslNoisyMaxBecomesTheCombinedTable) {
+    Net* net = read_text("or.xdsl", xdsl_with(R"(<noisymax id="e"><state id="yes"/><state id="no"/>
+<parents>a b</parents><strengths>0 1 0 1 2</strengths>
+<parameters>0.8 0.2 0 1  0.6 0.4 0.3 0.7 0 1  0.1 0.9</parameters></noisymax>)"));
+    ASSERT_NE(net, nullptr) << last_message();
+    const Node& e = *net->find("e");
+    // a=on, b=hi: 1 - 0.2 * 0.4 * 0.9; a=off, b=lo: the leak alone.
+    EXPECT_NEAR(row_of_node(e, {0, 0})[0], 1 - 0.2 * 0.4 * 0.9, 1e-6);
+    EXPECT_NEAR(row_of_node(e, {0, 1})[0], 1 - 0.2 * 0.7 * 0.9, 1e-6);
+    EXPECT_NEAR(row_of_node(e, {1, 2})[0], 0.1, 1e-6);
+    EXPECT_NEAR(row_of_node(e, {1, 2})[1], 0.9, 1e-6);
+
+    // The same node with the distinguished states' fixed rows left out, and b's strength order
+    // reversed for its first two states.
+    net = read_text("short.xdsl", xdsl_with(R"(<noisymax id="e"><state id="yes"/><state id="no"/>
+<parents>a b</parents><strengths>0 1 1 0 2</strengths>
+<parameters>0.8 0.2  0.3 0.7 0.6 0.4  0.1 0.9</parameters></noisymax>)"));
+    ASSERT_NE(net, nullptr) << last_message();
+    EXPECT_NEAR(row_of_node(*net->find("e"), {0, 0})[0], 1 - 0.2 * 0.4 * 0.9, 1e-6);
+    EXPECT_NEAR(row_of_node(*net->find("e"), {0, 1})[0], 1 - 0.2 * 0.7 * 0.9, 1e-6);
+}
+
+TEST_F(ForeignDialects, XdslNoisyMaxOverThreeSeverities) {
+    Net* net = read_text("max.xdsl", xdsl_with(R"(<noisymax id="e"><state id="severe"/><state id="mild"/><state id="none"/>
+<parents>a</parents>
+<parameters>0.5 0.3 0.2 0 0 1  0.1 0.2 0.7</parameters></noisymax>)"));
+    ASSERT_NE(net, nullptr) << last_message();
+    const float* row = row_of_node(*net->find("e"), {0});
+    // P(at most mild) = 0.5 * 0.9, P(none) = 0.2 * 0.7.
+    EXPECT_NEAR(row[0], 1 - 0.5 * 0.9, 1e-6);
+    EXPECT_NEAR(row[1], 0.5 * 0.9 - 0.2 * 0.7, 1e-6);
+    EXPECT_NEAR(row[2], 0.2 * 0.7, 1e-6);
+    EXPECT_EQ(read_text("bad.xdsl", xdsl_with(R"(<noisymax id="e"><state id="y"/><state id="n"/>
+<parents>a</parents><parameters>0.5 0.5</parameters></noisymax>)")), nullptr);
+    EXPECT_NE(last_message().find("noisy-MAX node 'e' has 2 parameters, but there should be 6"),
+              std::string::npos);
+}
+
 }  // namespace
 }  // namespace ravelo::testing
