@@ -1,5 +1,6 @@
 #include "io/hugin.h"
 
+#include <cctype>
 #include <cstdio>
 
 #include "base/numbers.h"
@@ -18,8 +19,53 @@ struct Attribute {
     std::string text;                // the string or word, or the list's raw words
     std::vector<Token> items;        // a list's strings and words, in order
     bool is_list = false;
+    bool is_string = false;
     int line = 0;
+
+    // The value as the file wrote it, so that writing it back gives the same form.
+    std::string literal() const {
+        if (is_list) return "(" + text + ")";
+        return is_string ? quoted(text) : text;
+    }
 };
+
+bool is_word_char(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '.' || c == '+' || c == '-';
+}
+
+// True for a single word, quoted string or balanced list, the forms a kept value takes.
+bool is_value_literal(std::string_view v) {
+    int depth = 0, top_items = 0;
+    for (size_t i = 0; i < v.size();) {
+        char c = v[i];
+        if (std::isspace(static_cast<unsigned char>(c))) {
+            ++i;
+            continue;
+        }
+        if (depth == 0) ++top_items;
+        if (c == '(') {
+            ++depth;
+            ++i;
+        } else if (c == ')') {
+            if (--depth < 0) return false;
+            ++i;
+        } else if (c == '"') {
+            for (++i; i < v.size() && v[i] != '"'; ++i)
+                if (v[i] == '\\') ++i;
+            if (i >= v.size()) return false;
+            ++i;
+        } else if (is_word_char(c)) {
+            while (i < v.size() && is_word_char(v[i])) ++i;
+        } else {
+            return false;
+        }
+    }
+    return depth == 0 && top_items == 1;
+}
+
+std::string value_text(const std::string& value) {
+    return is_value_literal(value) ? value : quoted(value);
+}
 
 class HuginReader {
 public:
@@ -84,6 +130,7 @@ private:
             Token v = tokens_.next();
             if (v.kind != Token::Word && v.kind != Token::String) fail(v, "a value");
             a.text = v.text;
+            a.is_string = v.kind == Token::String;
         }
         expect(';');
         return a;
@@ -99,7 +146,7 @@ private:
 
     void net_attribute(Attribute& a) {
         if (a.key == "name" || a.key == "label") (a.key == "name" ? net_.name : net_.title) = a.text;
-        else net_.fields.emplace_back(a.key, a.text);
+        else net_.fields.emplace_back(a.key, a.literal());
     }
 
     // A class holds the attributes, nodes and potentials of one net; one without instances
@@ -178,7 +225,7 @@ private:
                 node.x = *x;
                 node.y = *y;
             } else {
-                node.fields.emplace_back(a.key, a.text);
+                node.fields.emplace_back(a.key, a.literal());
             }
         }
         net_.nodes.push_back(std::move(node));
@@ -262,7 +309,7 @@ std::string write_hugin(const ForeignNet& net) {
     std::string out = "net\n{\n";
     out += "  name = " + quoted(net.name) + ";\n";
     if (!net.title.empty()) out += "  label = " + quoted(net.title) + ";\n";
-    for (const auto& [key, value] : net.fields) out += "  " + key + " = " + quoted(value) + ";\n";
+    for (const auto& [key, value] : net.fields) out += "  " + key + " = " + value_text(value) + ";\n";
     out += "}\n";
     for (const ForeignNode& node : net.nodes) {
         const char* word = node.kind == NodeKind::Decision ? "decision"
@@ -282,7 +329,7 @@ std::string write_hugin(const ForeignNet& net) {
             }
             out += " );\n";
         }
-        for (const auto& [key, value] : node.fields) out += "  " + key + " = " + quoted(value) + ";\n";
+        for (const auto& [key, value] : node.fields) out += "  " + key + " = " + value_text(value) + ";\n";
         out += "}\n";
     }
     for (const ForeignNode& node : net.nodes) {

@@ -45,6 +45,23 @@ TEST_F(ForeignDialects, HuginClassWithoutInstancesReadsAsANet) {
     EXPECT_EQ(write_text(net, "out.net").find("inputs"), std::string::npos);
 }
 
+// Words, strings and lists keep their form through a read and a write: other tools tell
+// "interval" from a string, and read a list only as a list.
+TEST_F(ForeignDialects, HuginAttributeValuesKeepTheirForm) {
+    Net* net = read_text("forms.net", R"(net { node_size = (80 40); HR_Grid_X = "10"; }
+node b { states = ("lo" "hi"); subtype = interval; state_values = (0 5 10); HR_Desc = "a \"b\""; }
+potential (b) { data = (0.5 0.5); }
+)");
+    ASSERT_NE(net, nullptr) << last_message();
+    std::string text = write_text(net, "out.net");
+    for (const char* kept : {"node_size = (80 40);", "HR_Grid_X = \"10\";", "subtype = interval;",
+                             "state_values = (0 5 10);", "HR_Desc = \"a \\\"b\\\"\";"})
+        EXPECT_NE(text.find(kept), std::string::npos) << kept << "\n" << text;
+    Net* again = read_text("again.net", text);
+    ASSERT_NE(again, nullptr) << last_message();
+    EXPECT_EQ(write_text(again, "out.net"), text);
+}
+
 TEST_F(ForeignDialects, HuginInstancesAndUnclosedClassesAreRefusedWithTheirLine) {
     EXPECT_EQ(read_text("oo.net", "class outer\n{\n  instance inner : lawn ();\n}\n"), nullptr);
     EXPECT_NE(last_message().find("instances of object-oriented classes can't be read (line 3"),
