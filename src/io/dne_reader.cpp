@@ -19,15 +19,21 @@ void DneReader::failure(int line, const std::string& message) const {
     read_failure(place_, line, message);
 }
 
-std::vector<const Statement*> DneReader::effective(const Object& object) const {
+// Chains of inheritance longer than this are refused rather than followed.
+constexpr int kMaxInheritance = 64;
+
+std::vector<const Statement*> DneReader::effective(const Object& object, int depth) const {
     std::vector<const Statement*> out;
+    if (depth > kMaxInheritance)
+        failure(object.line, format("declaration of %s '%s' inherits through more than %d definitions",
+                                    object.word.c_str(), object.name.c_str(), kMaxInheritance));
     if (!object.base.empty()) {
         auto it = definitions_.find(object.base);
         if (it == definitions_.end())
             failure(object.line, format("declaration of %s '%s' tries to inherit from a %s not yet "
                                         "defined", object.word.c_str(), object.name.c_str(),
                                         object.word.c_str()));
-        out = effective(*it->second);
+        out = effective(*it->second, depth + 1);
         // Being a definition is not passed on.
         std::erase_if(out, [](const Statement* i) { return i->keyword == "isdefine"; });
     }

@@ -25,7 +25,7 @@ private:
     };
 
     [[noreturn]] void failure(int line, const std::string& message) const;
-    std::vector<const Statement*> effective(const Object& object) const;
+    std::vector<const Statement*> effective(const Object& object, int depth = 0) const;
     void defer_dependents(std::vector<const Statement*>& statements, const Object& object) const;
     void check_first_pass(const Statement& own, const std::vector<const Statement*>& inherited) const;
     void refuse_definitions(const Object& object) const;

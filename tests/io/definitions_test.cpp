@@ -1,6 +1,7 @@
 // Node definitions in net files: kept apart from the nodes, written back as
 // declared, and never taken for real nodes.
 #include "io/io_fixture.h"
+#include "base/text.h"
 #include "net/ops.h"
 
 namespace ravelo::testing {
@@ -153,6 +154,10 @@ TEST_F(NodeDefinitions, FaultyDefinitionsAreRefused) {
         {"define node D { isdefine = FALSE; };", "illegal value 'FALSE'"},
         {"define node D : E { };", "declaration of node 'D' tries to inherit from a node not yet defined"},
     };
+    std::string chain = "define node D0 { states = (a); };\n";
+    for (int i = 1; i <= 70; ++i) chain += format("define node D%d : D%d { };\n", i, i - 1);
+    EXPECT_EQ(read_text("chain.dne", with_net(chain)), nullptr);
+    EXPECT_NE(last_message().find("inherits through more than 64 definitions"), std::string::npos);
     for (const auto& [body, message] : cases) {
         SCOPED_TRACE(body);
         EXPECT_EQ(read_text("bad.dne", with_net(body)), nullptr);
