@@ -58,6 +58,10 @@ void DneReader::keep_definition(const Object& object) {
         }
         kept.statements.emplace_back(s.keyword, value_text(s.value));
     }
+    for (const Object& o : object.objects) {
+        kept.objects += '\t';
+        kept.objects += object_text(o, "\t");
+    }
     definitions_[object.name] = &object;
     effective(object);  // its base must be known and its statements not repeated
     net_.definitions.push_back(std::move(kept));
@@ -129,7 +133,7 @@ std::string definition_declaration(const NodeDefinition& d) {
     if (!d.base.empty()) out += " : " + d.base;
     out += " {\n";
     for (const auto& [keyword, value] : d.statements) out += "\t" + keyword + " = " + value + ";\n";
-    return out + "\t};\n";
+    return out + d.objects + "\t};\n";
 }
 
 std::string inheriting_declaration(const Net& net, const Node& node, const std::string& written) {

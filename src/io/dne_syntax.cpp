@@ -37,6 +37,16 @@ std::string value_text(const Value& v) {
     return out + ")";
 }
 
+std::string object_text(const Object& object, const std::string& indent) {
+    std::string out = object.declarer.empty() ? "" : object.declarer + " ";
+    out += object.word + " " + object.name;
+    if (!object.base.empty()) out += " : " + object.base;
+    out += " {\n";
+    for (const Statement& s : object.statements) out += indent + "\t" + s.keyword + " = " + value_text(s.value) + ";\n";
+    for (const Object& o : object.objects) out += indent + "\t" + object_text(o, indent + "\t");
+    return out + indent + "\t};\n";
+}
+
 bool is_table_keyword(std::string_view keyword) {
     for (const char* k : {"probs", "functable", "numcases", "ExperBase"})
         if (keyword == k) return true;

@@ -56,6 +56,10 @@ struct Object {
 // The tag word of the file's tag line ("DNET", "CASE", ...), or "" when it has none.
 std::string tag_word(std::string_view text);
 
+// An object written back as the reader reads it, its statements and nested
+// objects one to a line, each line after the first indented by indent.
+std::string object_text(const Object& object, const std::string& indent);
+
 // Parses the one "bnet" object of a file.
 Object parse_net_file(std::string_view text, const ReadPlace& place);
 

@@ -152,6 +152,7 @@ struct NodeDefinition {
     std::string name;
     std::string base;      // the definition it inherits from, or ""
     std::vector<std::pair<std::string, std::string>> statements;  // keyword, value text
+    std::string objects;   // nested objects ("visual", "user"), as written
 };
 
 struct NodeSet {

@@ -11,7 +11,8 @@ using NodeDefinitions = IoTest;
 
 const char* const kDefinitions = R"(// ~->[DNET-1]->~
 bnet Lights {
-define node Switch { kind = NATURE; discrete = TRUE; states = (off, on); probs = (0.5, 0.5); title = "a switch"; };
+define node Switch { kind = NATURE; discrete = TRUE; states = (off, on); probs = (0.5, 0.5); title = "a switch";
+    visual V1 { style = "round"; }; };
 param node Dimmer : Switch { states = (low, mid, high); probs = (0.2, 0.3, 0.5); };
 node Hall : Switch { title = "hall"; };
 node Lamp : Dimmer { parents = (Hall); probs = ((1, 0, 0), (0, 0.5, 0.5)); };
@@ -30,6 +31,7 @@ TEST_F(NodeDefinitions, SurviveAWriteAndReadAsTheSameDeclarations) {
 
     std::string text = write_text(net, "lights.dne");
     EXPECT_NE(text.find("\ndefine node Switch {\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("\tvisual V1 {\n\t\tstyle = \"round\";\n\t\t};\n\t};\n"), std::string::npos) << text;
     EXPECT_NE(text.find("\nparam node Dimmer : Switch {\n"), std::string::npos) << text;
     EXPECT_NE(text.find("\nnode Lamp : Dimmer {\n"), std::string::npos) << text;
     // What Lamp inherits unchanged is not stated again.
@@ -41,7 +43,8 @@ TEST_F(NodeDefinitions, SurviveAWriteAndReadAsTheSameDeclarations) {
     ASSERT_EQ(again->definitions.size(), 2u);
     for (size_t i = 0; i < 2; ++i) {
         const NodeDefinition &a = net->definitions[i], &b = again->definitions[i];
-        EXPECT_EQ(std::tie(a.declarer, a.name, a.base, a.statements), std::tie(b.declarer, b.name, b.base, b.statements));
+        EXPECT_EQ(std::tie(a.declarer, a.name, a.base, a.statements, a.objects),
+                  std::tie(b.declarer, b.name, b.base, b.statements, b.objects));
     }
     ASSERT_EQ(again->nodes.nodes.size(), 3u);
     for (const Node* n : net->nodes.nodes) {
