@@ -1,5 +1,8 @@
 #include "io/dne_syntax.h"
 
+#include <algorithm>
+#include <cctype>
+
 #include "base/text.h"
 #include "base/tokenizer.h"
 
@@ -42,7 +45,13 @@ std::string object_text(const Object& object, const std::string& indent) {
     out += object.word + " " + object.name;
     if (!object.base.empty()) out += " : " + object.base;
     out += " {\n";
-    for (const Statement& s : object.statements) out += indent + "\t" + s.keyword + " = " + value_text(s.value) + ";\n";
+    for (const Statement& s : object.statements) {
+        // Keywords given as strings (user fields) stay strings.
+        bool word = !s.keyword.empty() && std::all_of(s.keyword.begin(), s.keyword.end(), [](unsigned char c) {
+            return std::isalnum(c) || c == '_';
+        });
+        out += indent + "\t" + (word ? s.keyword : quoted(s.keyword)) + " = " + value_text(s.value) + ";\n";
+    }
     for (const Object& o : object.objects) out += indent + "\t" + object_text(o, indent + "\t");
     return out + indent + "\t};\n";
 }

@@ -12,7 +12,7 @@ using NodeDefinitions = IoTest;
 const char* const kDefinitions = R"(// ~->[DNET-1]->~
 bnet Lights {
 define node Switch { kind = NATURE; discrete = TRUE; states = (off, on); probs = (0.5, 0.5); title = "a switch";
-    visual V1 { style = "round"; }; };
+    visual V1 { style = "round"; }; user U1 { "made by" = "hand"; }; };
 param node Dimmer : Switch { states = (low, mid, high); probs = (0.2, 0.3, 0.5); };
 node Hall : Switch { title = "hall"; };
 node Lamp : Dimmer { parents = (Hall); probs = ((1, 0, 0), (0, 0.5, 0.5)); };
@@ -31,7 +31,8 @@ TEST_F(NodeDefinitions, SurviveAWriteAndReadAsTheSameDeclarations) {
 
     std::string text = write_text(net, "lights.dne");
     EXPECT_NE(text.find("\ndefine node Switch {\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("\tvisual V1 {\n\t\tstyle = \"round\";\n\t\t};\n\t};\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("\tvisual V1 {\n\t\tstyle = \"round\";\n\t\t};\n\tuser U1 {\n\t\t\"made by\" = \"hand\";"),
+              std::string::npos) << text;
     EXPECT_NE(text.find("\nparam node Dimmer : Switch {\n"), std::string::npos) << text;
     EXPECT_NE(text.find("\nnode Lamp : Dimmer {\n"), std::string::npos) << text;
     // What Lamp inherits unchanged is not stated again.
