@@ -16,10 +16,6 @@ namespace ravelo {
 
 namespace {
 
-const Statement* own_statement(const Object& object, std::string_view keyword) {
-    return object.find(keyword);
-}
-
 bool is_flag_word(const std::string& w) { return w == "TRUE" || w == "FALSE"; }
 
 }  // namespace
@@ -28,7 +24,7 @@ bool is_flag_word(const std::string& w) { return w == "TRUE" || w == "FALSE"; }
 // "isdefine = TRUE".
 bool DneReader::is_definition(const Object& object) const {
     if (!object.declarer.empty()) return true;
-    const Statement* flag = own_statement(object, "isdefine");
+    const Statement* flag = object.find("isdefine");
     if (!flag) return false;
     std::string w = word_of(flag->value);
     if (!is_flag_word(w)) failure(flag->line, format("illegal value '%s'", w.c_str()));
