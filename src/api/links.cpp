@@ -61,7 +61,8 @@ void SwitchNodeParent_bn(int link_index, node_bn* node, node_bn* new_parent) {
         Node& p = checked_node(frame, new_parent, "newpred");
         refuse_disconnected_pred(p, "newpred", "pass NULL instead to disconnect a link");
         if (c.parents.nodes[static_cast<size_t>(link_index)] == &p) return;
-        check_link_allowed(p, c);
+        // The link keeps its delay, so a cycle through it stays allowed.
+        check_link_allowed(p, c, link_delay(c, static_cast<size_t>(link_index)));
         replace_parent(c, link_index, p);
     });
 }

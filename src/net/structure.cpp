@@ -25,7 +25,23 @@ bool is_ancestor(const Node& from, const Node& to) {
     return false;
 }
 
-void check_link_allowed(const Node& parent, const Node& child) {
+bool closes_undelayed_cycle(const Node& parent, const Node& child, const std::string& delay) {
+    if (is_delay(delay)) return false;
+    std::vector<const Node*> stack{&parent};
+    std::unordered_set<const Node*> seen{&parent};
+    while (!stack.empty()) {
+        const Node* n = stack.back();
+        stack.pop_back();
+        if (n == &child) return true;
+        for (std::size_t k = 0; k < n->parents.nodes.size(); ++k) {
+            const Node* p = n->parents.nodes[k];
+            if (!is_delayed_link(*n, k) && seen.insert(p).second) stack.push_back(p);
+        }
+    }
+    return false;
+}
+
+void check_link_allowed(const Node& parent, const Node& child, const std::string& delay) {
     const char* pn = parent.name.c_str();
     const char* cn = child.name.c_str();
     if (parent.net != child.net)
@@ -40,10 +56,19 @@ void check_link_allowed(const Node& parent, const Node& child) {
     if (std::find(ps.begin(), ps.end(), &parent) != ps.end())
         fail(3222, "can't connect >-node '%s' to >-node '%s', because they are already connected", pn,
              cn);
-    if (is_ancestor(child, parent))
+    if (closes_undelayed_cycle(parent, child, delay))
         fail(3223, "can't connect >-node '%s' to >-node '%s', because that would result in a directed "
                    "cycle (with no time delays)",
              pn, cn);
+}
+
+std::string persistence_problem(const Node& node, int dimension, double value) {
+    if (value == 0)
+        return format("invalid node persistance of zero, for node '%s', dimension %d", node.name.c_str(), dimension);
+    if (value < 0 || value != value)
+        return format("invalid node persistance %g (negative not allowed), for node '%s', dimension %d", value,
+                      node.name.c_str(), dimension);
+    return {};
 }
 
 std::string unique_node_name(const Net& net, const std::string& base) {
@@ -91,7 +116,9 @@ void delete_node_keeping_children(Node& node) {
     Net& net = *node.net;
     notify_node(node, kRemoveEvent, nullptr);
     if (node.is_dead()) return;  // its listener deleted it
+    // A delayed link from the node to itself goes with it.
     std::vector<Node*> children = node.children.nodes;
+    children.erase(std::remove(children.begin(), children.end(), &node), children.end());
     if (children.empty() || node.kind == NodeKind::Disconnected) {
         delete_node(node);
         return;
