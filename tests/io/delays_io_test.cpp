@@ -148,5 +148,53 @@ TEST_F(DynamicNetFiles, FormatsWithoutDelaysRefuseThem) {
     EXPECT_EQ(last_message(), "");
 }
 
+// Rain follows itself and Wet (at once); Wet follows Rain a step later.
+TEST_F(DynamicNetFiles, NothingLoopsOnACycleThroughADelay) {
+    Net* core = read_text("cyc.dne",
+                          "// ~->[DNET-1]->~\n\nbnet Cyc {\n"
+                          "node Rain { states = (yes, no); parents = (Rain, Wet); inputs = (before, wet);\n"
+                          "    delays = (1, 0); equation = \"Rain (before, wet) = wet\"; };\n"
+                          "node Wet { states = (yes, no); parents = (Rain); delays = (1); functable = (yes, no); };\n"
+                          "node Umbrella { states = (yes, no); parents = (Wet); functable = (yes, no); };\n"
+                          "};\n");
+    ASSERT_NE(core, nullptr) << last_message();
+    net_bn* net = handle_of(core);
+    node_bn* rain = GetNodeNamed_bn("Rain", net);
+    node_bn* wet = GetNodeNamed_bn("Wet", net);
+    EquationToTable_bn(rain, 1, 0, 0);
+    EXPECT_EQ(last_message(), "");
+    EXPECT_EQ(core->find("Rain")->func_states, (std::vector<int>{0, 1, 0, 1}));
+    // What findings fix follows undelayed links only: a delayed parent is of another time.
+    EnterFinding_bn(wet, 1);
+    EXPECT_EQ(CalcNodeState_bn(GetNodeNamed_bn("Umbrella", net)), 1);
+    EXPECT_EQ(CalcNodeState_bn(rain), UNDEF_STATE);
+    EXPECT_EQ(CalcNodeState_bn(wet), 1);
+    RetractNodeFindings_bn(wet);
+    EXPECT_EQ(CalcNodeState_bn(wet), UNDEF_STATE);
+    EnterFinding_bn(rain, 0);
+    EXPECT_EQ(last_message(), "");
+
+    nodelist_bn* related = NewNodeList2_bn(0, net);
+    GetRelatedNodes_bn(related, "ancestors", rain);
+    EXPECT_EQ(LengthNodeList_bn(related), 1);
+    EXPECT_EQ(IsNodeRelated_bn(wet, "descendents", rain), 1);
+    DeleteNodeList_bn(related);
+
+    net_bn* copy = CopyNet_bn(net, "Copy", env, "");
+    ASSERT_NE(copy, nullptr) << last_message();
+    Node* copied_rain = core_of<Net>(copy)->find("Rain");
+    EXPECT_EQ(copied_rain->parents.nodes[0], copied_rain);
+    EXPECT_EQ(delays_of(*copied_rain), (std::vector<std::string>{"1", "0"}));
+    EXPECT_EQ(delays_of(*core_of<Net>(copy)->find("Wet")), (std::vector<std::string>{"1"}));
+    // Deleting a node that follows itself leaves a stand-in only for its other child.
+    DeleteNode_bn(rain);
+    EXPECT_EQ(last_message(), "");
+    node_bn* stand_in = GetNodeNamed_bn("Rain", net);
+    ASSERT_NE(stand_in, nullptr);
+    EXPECT_EQ(GetNodeKind_bn(stand_in), DISCONNECTED_NODE);
+    EXPECT_EQ(LengthNodeList_bn(GetNodeChildren_bn(stand_in)), 1);
+    EXPECT_EQ(link_delay(*core->find("Wet"), 0), "1");
+}
+
 }  // namespace
 }  // namespace ravelo::testing
