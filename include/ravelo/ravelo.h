@@ -342,6 +342,12 @@ RAVELO_API const char* GetNodeInputName_bn (const node_bn* node, int input_index
 RAVELO_API void SetNodeInputName_bn (node_bn* node, int input_index, const char* name);
 /* Returns the index of the input with that name, or -1 when there is none or on failure. */
 RAVELO_API int GetInputNamed_bn (const char* name, const node_bn* node);
+/* Returns the time delay of a parent link as written (a number or an equation; empty or "0" when
+ * the link has none), or NULL on failure. */
+RAVELO_API const char* GetNodeInputDelay_bn (const node_bn* node, int input_index);
+/* Sets the time delay of a parent link (NULL, "" or "0" for none).  A directed cycle is allowed
+ * only through a delayed link, so a delay a cycle needs can't be removed. */
+RAVELO_API void SetNodeInputDelay_bn (node_bn* node, int input_index, const char* delay);
 
 /* ------------------------------------------------------------------------ */
 /* Node lists                                                               */

@@ -112,3 +112,19 @@ int GetInputNamed_bn(const char* name, const node_bn* node) {
         return -1;
     });
 }
+
+const char* GetNodeInputDelay_bn(const node_bn* node, int input_index) {
+    ApiFrame frame("GetNodeInputDelay_bn");
+    return frame.run<const char*>(nullptr, [&] {
+        Node& n = checked_node(frame, node);
+        return link_delay(n, static_cast<size_t>(checked_link(n, input_index))).c_str();
+    });
+}
+
+void SetNodeInputDelay_bn(node_bn* node, int input_index, const char* delay) {
+    ApiFrame frame("SetNodeInputDelay_bn");
+    frame.run([&] {
+        Node& n = checked_node(frame, node);
+        set_link_delay(n, static_cast<size_t>(checked_link(n, input_index)), delay ? delay : "");
+    });
+}

@@ -30,14 +30,15 @@ std::vector<std::string> DneReader::link_delays(const Declared& d, size_t parent
     std::vector<std::string> delays;
     for (const Value& item : s->value.items) {
         if (item.is_list()) failure(s->line, format("illegal punctuation '%s'", "("));
-        std::optional<double> number = read_real(item.text);
-        // A link cannot reach back to an earlier time.
-        if (number && *number < 0)
-            failure(s->line, format("the delay of a link into >-node '%s' is negative (%s)", d.node->name.c_str(),
-                                    item.text.c_str()));
         delays.push_back(item.text);
     }
     return delays;
+}
+
+void DneReader::check_delay(const Node& parent, const Node& child, const std::string& delay,
+                            const std::vector<const Statement*>& statements) const {
+    std::string problem = delay_problem(parent, child, delay);
+    if (!problem.empty()) failure(statement_named(statements, "delays")->line, problem);
 }
 
 void DneReader::read_persistence(Node& node, const Statement& s) const {

@@ -58,7 +58,7 @@ namespace {
 bool depends_on(const std::string& later, const std::string& first) {
     static const char* const kOnStates[] = {"statetitles", "StateComments", "probs", "functable", "numcases",
                                             "ExperBase", "evidence", "value", "likelihood", "Finding"};
-    static const char* const kOnParents[] = {"inputs", "probs", "functable", "numcases", "ExperBase"};
+    static const char* const kOnParents[] = {"inputs", "delays", "probs", "functable", "numcases", "ExperBase"};
     auto among = [&](const auto& words) {
         return std::find(std::begin(words), std::end(words), later) != std::end(words);
     };
@@ -354,6 +354,7 @@ void DneReader::resolve_links(const Declared& d) {
         std::string input = inputs ? word_of(inputs->value.items[i]) : std::string();
         if (!input.empty() && !is_legal_name(input.c_str()))
             failure(inputs->line, format("'%s' is not a legal name for a %s", input.c_str(), "link"));
+        check_delay(*parent, *d.node, delays[i], d.statements);
         auto refused = link_or_warn(*parent, *d.node, input, place_, parents->line, delays[i]);
         if (refused && !first_refused_) first_refused_ = refused;
     }

@@ -44,6 +44,8 @@ private:
 
     // dne_delays.cpp
     std::vector<std::string> link_delays(const Declared& d, size_t parents) const;
+    void check_delay(const Node& parent, const Node& child, const std::string& delay,
+                     const std::vector<const Statement*>& statements) const;
     void read_persistence(Node& node, const Statement& s) const;
     void read_position(Node& node, const Statement& s) const;
 

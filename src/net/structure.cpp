@@ -4,6 +4,7 @@
 #include <unordered_set>
 
 #include "base/failure.h"
+#include "base/numbers.h"
 #include "base/text.h"
 #include "net/names.h"
 #include "net/states.h"
@@ -60,6 +61,29 @@ void check_link_allowed(const Node& parent, const Node& child, const std::string
         fail(3223, "can't connect >-node '%s' to >-node '%s', because that would result in a directed "
                    "cycle (with no time delays)",
              pn, cn);
+}
+
+std::string delay_problem(const Node& parent, const Node& child, const std::string& delay) {
+    std::optional<double> number = read_real(delay);
+    if (number && *number < 0)
+        return format("the delay of the link from >-node '%s' to >-node '%s' is negative (%s)", parent.name.c_str(),
+                      child.name.c_str(), delay.c_str());
+    return {};
+}
+
+void set_link_delay(Node& child, std::size_t k, const std::string& delay) {
+    const Node& parent = *child.parents.nodes[k];
+    std::string problem = delay_problem(parent, child, delay);
+    if (!problem.empty())
+        fail(3228, "can't change the time delay of link %d of >-node '%s', because %s", static_cast<int>(k),
+             child.name.c_str(), problem.c_str());
+    if (closes_undelayed_cycle(parent, child, delay))
+        fail(3229, "can't remove the time delay of the link from >-node '%s' to >-node '%s', because that would "
+                   "result in a directed cycle (with no time delays)",
+             parent.name.c_str(), child.name.c_str());
+    if (child.delays.size() <= k) child.delays.resize(k + 1);
+    child.delays[k] = delay;
+    discard_compiled(*child.net);
 }
 
 std::string persistence_problem(const Node& node, int dimension, double value) {

@@ -22,6 +22,14 @@ bool closes_undelayed_cycle(const Node& parent, const Node& child, const std::st
 // to child, delayed ones included.
 bool is_ancestor(const Node& from, const Node& to);
 
+// Why delay can't be the time delay of a link from parent to child (a link
+// cannot reach back to an earlier time), or empty when it can.
+std::string delay_problem(const Node& parent, const Node& child, const std::string& delay);
+// Gives parent link k of child the time delay delay ("" for none).  Refused
+// when the delay is bad, or when taking it away would leave a cycle with no
+// time delay.
+void set_link_delay(Node& child, std::size_t k, const std::string& delay);
+
 // Why value can't be the persistence of node along dimension (numbered from
 // 1), or empty when it can: a persistence must be positive.
 std::string persistence_problem(const Node& node, int dimension, double value);

@@ -83,6 +83,25 @@ int main(void) {
     EXPECT(last_report(env) == NULL);
     EXPECT(NthNode_bn(GetNodeParents_bn(wet), 0) == umbrella);
 
+    /* Delays through the interface: a cycle keeps the delay it needs, and none is negative. */
+    EXPECT(strcmp(GetNodeInputDelay_bn(wet, 0), "1") == 0);
+    SetNodeInputDelay_bn(wet, 0, "0");
+    expect_report(env, 3229,
+                  "can't remove the time delay of the link from node 'Umbrella' to node 'Wet', because that "
+                  "would result in a directed cycle (with no time delays)",
+                  __FILE__, __LINE__);
+    SetNodeInputDelay_bn(rain, 1, "-1");
+    expect_report(env, 3228,
+                  "can't change the time delay of link 1 of node 'Rain', because the delay of the link from "
+                  "node 'Wet' to node 'Rain' is negative (-1)",
+                  __FILE__, __LINE__);
+    EXPECT(GetNodeInputDelay_bn(rain, 2) == NULL);
+    expect_report(env, 5223, "argument 'link_index' is 2, but node 'Rain' has 2 parent links (numbered from 0)",
+                  __FILE__, __LINE__);
+    SetNodeInputDelay_bn(rain, 1, "2");
+    EXPECT(last_report(env) == NULL);
+    EXPECT(strcmp(GetNodeInputDelay_bn(rain, 1), "2") == 0);
+
     persistence_must_be_positive(env);
 
     CompileNet_bn(net);
@@ -92,7 +111,7 @@ int main(void) {
 
     /* Written and read back, it is the same net, delays and all. */
     char* text = write_text(net, env);
-    EXPECT(text && strstr(text, "delays = (1);") && strstr(text, "persist = (1, 2.5);"));
+    EXPECT(text && strstr(text, "delays = (1, 2);") && strstr(text, "persist = (1, 2.5);"));
     net_bn* again = text ? read_text(env, "copy.dne", text) : NULL;
     EXPECT(again != NULL);
     char* text_again = again ? write_text(again, env) : NULL;

@@ -86,7 +86,7 @@ TEST_F(DynamicNetFiles, FaultyDelaysAndPersistenceAreRefused) {
         {"node A { states = (a, b); parents = (A); delays = (1, 2); };",
          "there are 1 input names but other indications (e.g. delay equations) are for 2 parents"},
         {"node A { states = (a, b); parents = (A); delays = (-1); };",
-         "the delay of a link into node 'A' is negative (-1)"},
+         "the delay of the link from node 'A' to node 'A' is negative (-1)"},
         {"node A { states = (a, b); parents = (A); delays = ((1)); };", "illegal punctuation '('"},
         {"node A { states = (a, b); persist = (1); };", "there are 1 entries, but 2 dimensions in net 'Bad'"},
         {"node A { states = (a, b); persist = (1, 0); };",
