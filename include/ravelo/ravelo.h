@@ -444,7 +444,8 @@ RAVELO_API void SetNetElimOrder_bn (const nodelist_bn* elim_order, net_bn* net);
 
 /* Compiles the net into a junction tree. */
 RAVELO_API void CompileNet_bn (net_bn* net);
-/* Compiles with options: "optimize" searches for an order of smaller total table size. */
+/* Compiles with options: "optimize" searches for an order of smaller total table size; "report" leaves notices
+ * with the compiled size and the elimination order report (its "Max Required:" memory and time). */
 RAVELO_API void CompileNetWith_bn (net_bn* net, const char* options);
 /* Discards the net's junction tree (its elimination order stays). */
 RAVELO_API void UncompileNet_bn (net_bn* net);

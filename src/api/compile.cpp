@@ -24,6 +24,7 @@ CompileOptions compile_options(const char* text) {
         while (*p && *p != ',' && !std::isspace(static_cast<unsigned char>(*p))) ++p;
         std::string word(start, p);
         if (word == "optimize") options.optimize = true;
+        else if (word == "report") options.report = true;
         else fail(5611, "unknown compiling option '%s'", word.c_str());
     }
     return options;

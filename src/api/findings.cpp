@@ -3,6 +3,7 @@
 
 #include "api/handles.h"
 #include "infer/findings.h"
+#include "infer/update.h"
 
 using namespace ravelo;
 
@@ -18,23 +19,32 @@ R with_node(ApiFrame& frame, R failed, const node_bn* node, Body&& body) {
     });
 }
 
-int nothing(Node&) { return 0; }
+// With auto-update on, a compiled net brings its beliefs up to date right after each change of
+// findings, so that a finding the model makes impossible is reported by the call that entered it.
+void update_if_automatic(Net& net) {
+    if (net.auto_update && tree_of(net)) update_beliefs(net);
+}
+
+int after_change(Node& n) {
+    update_if_automatic(*n.net);
+    return 0;
+}
 
 }  // namespace
 
 void EnterFinding_bn(node_bn* node, state_bn state) {
     ApiFrame frame("EnterFinding_bn");
-    with_node(frame, 0, node, [&](Node& n) { enter_finding(n, state); return nothing(n); });
+    with_node(frame, 0, node, [&](Node& n) { enter_finding(n, state); return after_change(n); });
 }
 
 void EnterFindingNot_bn(node_bn* node, state_bn state) {
     ApiFrame frame("EnterFindingNot_bn");
-    with_node(frame, 0, node, [&](Node& n) { enter_finding_not(n, state); return nothing(n); });
+    with_node(frame, 0, node, [&](Node& n) { enter_finding_not(n, state); return after_change(n); });
 }
 
 void EnterNodeValue_bn(node_bn* node, double value) {
     ApiFrame frame("EnterNodeValue_bn");
-    with_node(frame, 0, node, [&](Node& n) { enter_value(n, value); return nothing(n); });
+    with_node(frame, 0, node, [&](Node& n) { enter_value(n, value); return after_change(n); });
 }
 
 void EnterNodeLikelihood_bn(node_bn* node, const prob_bn* likelihood) {
@@ -42,7 +52,7 @@ void EnterNodeLikelihood_bn(node_bn* node, const prob_bn* likelihood) {
     with_node(frame, 0, node, [&](Node& n) {
         if (!likelihood) fail(5514, "argument 'likelihood' is NULL, for >-Bnode %s", n.name.c_str());
         enter_likelihood(n, likelihood);
-        return nothing(n);
+        return after_change(n);
     });
 }
 
@@ -51,18 +61,18 @@ void EnterNodeCalibration_bn(node_bn* node, const prob_bn* calibration) {
     with_node(frame, 0, node, [&](Node& n) {
         if (!calibration) fail(5514, "argument 'calibration' is NULL, for >-Bnode %s", n.name.c_str());
         enter_calibration(n, calibration);
-        return nothing(n);
+        return after_change(n);
     });
 }
 
 void EnterGaussianFinding_bn(node_bn* node, double mean, double std_dev) {
     ApiFrame frame("EnterGaussianFinding_bn");
-    with_node(frame, 0, node, [&](Node& n) { enter_gaussian(n, mean, std_dev); return nothing(n); });
+    with_node(frame, 0, node, [&](Node& n) { enter_gaussian(n, mean, std_dev); return after_change(n); });
 }
 
 void EnterIntervalFinding_bn(node_bn* node, double low, double high) {
     ApiFrame frame("EnterIntervalFinding_bn");
-    with_node(frame, 0, node, [&](Node& n) { enter_interval(n, low, high); return nothing(n); });
+    with_node(frame, 0, node, [&](Node& n) { enter_interval(n, low, high); return after_change(n); });
 }
 
 state_bn GetNodeFinding_bn(const node_bn* node) {
@@ -89,7 +99,7 @@ double GetNodeValueEntered_bn(const node_bn* node) {
 
 void RetractNodeFindings_bn(node_bn* node) {
     ApiFrame frame("RetractNodeFindings_bn");
-    with_node(frame, 0, node, [&](Node& n) { retract_findings(n); return nothing(n); });
+    with_node(frame, 0, node, [&](Node& n) { retract_findings(n); return after_change(n); });
 }
 
 void RetractNetFindings_bn(net_bn* net) {
@@ -98,6 +108,7 @@ void RetractNetFindings_bn(net_bn* net) {
         Net& n = checked_net(frame, net);
         std::lock_guard<std::recursive_mutex> hold(n.lock);
         retract_net_findings(n);
+        update_if_automatic(n);
     });
 }
 

@@ -6,6 +6,7 @@
 #include "base/report.h"
 #include "infer/optimize_order.h"
 #include "infer/order_check.h"
+#include "infer/order_report.h"
 #include "infer/triangulate.h"
 #include "infer/update.h"
 #include "net/ops.h"
@@ -82,6 +83,7 @@ void report_compiled(const Net& net, const JunctionTree& jt) {
                               static_cast<int>(jt.cliques.size()), total);
     text += current != total ? format(" (with current findings %g)", current) : std::string(".\n");
     make_report(net.env, 0, kNotice, text);
+    make_report(net.env, 0, kNotice, elim_order_report(net, jt));
 }
 
 }  // namespace
@@ -130,6 +132,7 @@ void uncompile_net(Net& net) { discard_compiled(net); }
 void compile_net(Net& net, const CompileOptions& options) {
     if (options.optimize) discard_compiled(net);
     if (tree_of(net)) {
+        if (options.report) report_compiled(net, *net.jtree);
         if (!options.update) return;
         try {
             check_table_memory(net, *net.jtree, true);

@@ -1,5 +1,6 @@
 #include "io/hugin.h"
 
+#include <cctype>
 #include <cstdio>
 
 #include "base/numbers.h"
@@ -18,8 +19,53 @@ struct Attribute {
     std::string text;                // the string or word, or the list's raw words
     std::vector<Token> items;        // a list's strings and words, in order
     bool is_list = false;
+    bool is_string = false;
     int line = 0;
+
+    // The value as the file wrote it, so that writing it back gives the same form.
+    std::string literal() const {
+        if (is_list) return "(" + text + ")";
+        return is_string ? quoted(text) : text;
+    }
 };
+
+bool is_word_char(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '.' || c == '+' || c == '-';
+}
+
+// True for a single word, quoted string or balanced list, the forms a kept value takes.
+bool is_value_literal(std::string_view v) {
+    int depth = 0, top_items = 0;
+    for (size_t i = 0; i < v.size();) {
+        char c = v[i];
+        if (std::isspace(static_cast<unsigned char>(c))) {
+            ++i;
+            continue;
+        }
+        if (depth == 0) ++top_items;
+        if (c == '(') {
+            ++depth;
+            ++i;
+        } else if (c == ')') {
+            if (--depth < 0) return false;
+            ++i;
+        } else if (c == '"') {
+            for (++i; i < v.size() && v[i] != '"'; ++i)
+                if (v[i] == '\\') ++i;
+            if (i >= v.size()) return false;
+            ++i;
+        } else if (is_word_char(c)) {
+            while (i < v.size() && is_word_char(v[i])) ++i;
+        } else {
+            return false;
+        }
+    }
+    return depth == 0 && top_items == 1;
+}
+
+std::string value_text(const std::string& value) {
+    return is_value_literal(value) ? value : quoted(value);
+}
 
 class HuginReader {
 public:
@@ -31,16 +77,16 @@ public:
             if (t.kind == Token::End) break;
             if (t.kind != Token::Word) fail(t, "a block");
             if (t.text == "net") net_block();
-            else if (t.text == "potential") potential(t.line);
-            else if (t.text == "class") read_failure(place_, t.line, "object-oriented classes can't be read");
-            else node_block(t);
+            else if (t.text == "class") class_block();
+            else body_item(t);
         }
-        for (auto& [index, block] : pending_) fill(index, block);
+        for (Potential& p : pending_) place(p);
         return std::move(net_);
     }
 
 private:
     struct Potential {
+        std::vector<std::string> names;  // the node, then its parents
         std::vector<double> data;
         int line = 0;
     };
@@ -66,22 +112,62 @@ private:
             Token key = tokens_.next();
             if (key.is('}')) break;
             if (key.kind != Token::Word) fail(key, "an attribute name or '}'");
-            Attribute a;
-            a.key = key.text;
-            a.line = key.line;
-            expect('=');
-            if (tokens_.peek().is('(')) {
-                a.is_list = true;
-                list(a, 0);
-            } else {
-                Token v = tokens_.next();
-                if (v.kind != Token::Word && v.kind != Token::String) fail(v, "a value");
-                a.text = v.text;
-            }
-            expect(';');
-            out.push_back(std::move(a));
+            out.push_back(attribute(key));
         }
         return out;
+    }
+
+    // The "= value ;" after an attribute's key.
+    Attribute attribute(const Token& key) {
+        Attribute a;
+        a.key = key.text;
+        a.line = key.line;
+        expect('=');
+        if (tokens_.peek().is('(')) {
+            a.is_list = true;
+            list(a, 0);
+        } else {
+            Token v = tokens_.next();
+            if (v.kind != Token::Word && v.kind != Token::String) fail(v, "a value");
+            a.text = v.text;
+            a.is_string = v.kind == Token::String;
+        }
+        expect(';');
+        return a;
+    }
+
+    // A node, decision, utility or potential block, at the top level or inside a class.
+    void body_item(const Token& t) {
+        if (t.text == "potential") potential(t.line);
+        else if (t.text == "instance")
+            read_failure(place_, t.line, "instances of object-oriented classes can't be read");
+        else node_block(t);
+    }
+
+    void net_attribute(Attribute& a) {
+        if (a.key == "name" || a.key == "label") (a.key == "name" ? net_.name : net_.title) = a.text;
+        else net_.fields.emplace_back(a.key, a.literal());
+    }
+
+    // A class holds the attributes, nodes and potentials of one net; one without instances
+    // of other classes reads as a plain net named by the class.
+    void class_block() {
+        Token name = tokens_.next();
+        if (name.kind != Token::Word) fail(name, "a class name");
+        net_.name = name.text;
+        expect('{');
+        while (true) {
+            Token t = tokens_.next();
+            if (t.is('}')) break;
+            if (t.kind != Token::Word) fail(t, "an attribute, a node, a potential or '}'");
+            if (!tokens_.peek().is('=')) {
+                body_item(t);
+                continue;
+            }
+            Attribute a = attribute(t);
+            // The interface lists of a class name nodes it holds anyway.
+            if (a.key != "inputs" && a.key != "outputs") net_attribute(a);
+        }
     }
 
     void list(Attribute& a, int depth) {
@@ -106,10 +192,7 @@ private:
     }
 
     void net_block() {
-        for (Attribute& a : attributes()) {
-            if (a.key == "name" || a.key == "label") (a.key == "name" ? net_.name : net_.title) = a.text;
-            else net_.fields.emplace_back(a.key, a.text);
-        }
+        for (Attribute& a : attributes()) net_attribute(a);
     }
 
     void node_block(const Token& first) {
@@ -142,7 +225,7 @@ private:
                 node.x = *x;
                 node.y = *y;
             } else {
-                node.fields.emplace_back(a.key, a.text);
+                node.fields.emplace_back(a.key, a.literal());
             }
         }
         net_.nodes.push_back(std::move(node));
@@ -173,14 +256,20 @@ private:
                 p.data.push_back(*x);
             }
         }
-        int index = find_node(net_, names[0]);
-        if (index < 0) read_failure(place_, line, format("undefined >-node '%s'", names[0].c_str()));
+        p.names = std::move(names);
+        pending_.push_back(std::move(p));
+    }
+
+    // Potentials may come before the nodes they name, so they are placed once all are read.
+    void place(Potential& p) {
+        int index = find_node(net_, p.names[0]);
+        if (index < 0) read_failure(place_, p.line, format("undefined >-node '%s'", p.names[0].c_str()));
         ForeignNode& node = net_.nodes[static_cast<size_t>(index)];
         if (!node.parents.empty() || node.table_line)
-            read_failure(place_, line, format("more than one potential for '%s'", names[0].c_str()));
-        node.parents.assign(names.begin() + 1, names.end());
-        node.table_line = line;
-        pending_.emplace_back(static_cast<size_t>(index), std::move(p));
+            read_failure(place_, p.line, format("more than one potential for '%s'", p.names[0].c_str()));
+        node.parents.assign(p.names.begin() + 1, p.names.end());
+        node.table_line = p.line;
+        fill(static_cast<size_t>(index), p);
     }
 
     void fill(size_t index, const Potential& p) {
@@ -200,7 +289,7 @@ private:
     Tokenizer tokens_;
     const ReadPlace& place_;
     ForeignNet net_;
-    std::vector<std::pair<size_t, Potential>> pending_;
+    std::vector<Potential> pending_;
 };
 
 void write_numbers(std::string& out, const float* values, size_t count) {
@@ -220,7 +309,7 @@ std::string write_hugin(const ForeignNet& net) {
     std::string out = "net\n{\n";
     out += "  name = " + quoted(net.name) + ";\n";
     if (!net.title.empty()) out += "  label = " + quoted(net.title) + ";\n";
-    for (const auto& [key, value] : net.fields) out += "  " + key + " = " + quoted(value) + ";\n";
+    for (const auto& [key, value] : net.fields) out += "  " + key + " = " + value_text(value) + ";\n";
     out += "}\n";
     for (const ForeignNode& node : net.nodes) {
         const char* word = node.kind == NodeKind::Decision ? "decision"
@@ -240,7 +329,7 @@ std::string write_hugin(const ForeignNet& net) {
             }
             out += " );\n";
         }
-        for (const auto& [key, value] : node.fields) out += "  " + key + " = " + quoted(value) + ";\n";
+        for (const auto& [key, value] : node.fields) out += "  " + key + " = " + value_text(value) + ";\n";
         out += "}\n";
     }
     for (const ForeignNode& node : net.nodes) {

@@ -1,6 +1,7 @@
-// The .xdsl format: <smile> with <nodes> (cpt, deterministic, decision and
-// utility nodes) and the editor's <extensions> (titles, positions, comments).
+// The .xdsl format: <smile> with <nodes> (cpt, noisy-MAX, deterministic, decision
+// and utility nodes) and the editor's <extensions> (titles, positions, comments).
 #include "base/text.h"
+#include "io/noisy_max.h"
 #include "io/xml.h"
 #include "io/xml_formats.h"
 
@@ -55,6 +56,8 @@ void read_node(const XmlElement& e, ForeignNet& net, const ReadPlace& place) {
                                                     id->c_str(), values.size(), size));
             node.cpt.assign(values.begin(), values.end());
         }
+    } else if (e.is("noisymax")) {
+        read_noisy_max(e, net, node, place);
     } else if (e.is("deterministic")) {
         read_resulting_states(e, net, node, place);
     } else if (e.is("decision")) {

@@ -57,9 +57,37 @@ private:
             skip_space();
             if (starts("<?")) skip_to("?>", "processing instruction");
             else if (starts("<!--")) skip_to("-->", "comment");
-            else if (starts("<!")) skip_to(">", "declaration");
+            else if (starts("<!")) skip_declaration();
             else return;
         }
+    }
+
+    // A document type declaration may carry an internal subset in brackets, whose own
+    // declarations and quoted texts contain '>'.
+    void skip_declaration() {
+        int depth = 0;
+        char quote = 0;
+        advance(2);
+        while (!at_end()) {
+            if (!quote && starts("<!--")) {
+                skip_to("-->", "comment");
+                continue;
+            }
+            char c = text_[pos_];
+            advance(1);
+            if (quote) {
+                if (c == quote) quote = 0;
+            } else if (c == '"' || c == '\'') {
+                quote = c;
+            } else if (c == '[') {
+                ++depth;
+            } else if (c == ']') {
+                if (depth > 0) --depth;
+            } else if (c == '>' && depth == 0) {
+                return;
+            }
+        }
+        fail_here("declaration is never closed");
     }
 
     std::string name() {

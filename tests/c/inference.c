@@ -117,8 +117,16 @@ static void test_beliefs(net_bn* net, node_bn** n) {
     const prob_bn* b = GetNodeBeliefs_bn(n[3]);
     EXPECT(b && near(b[0], wet_true()));
     EXPECT(IsBeliefUpdated_bn(n[3]));
+    /* Auto-update on (the default): beliefs are brought up to date by the entry itself. */
+    EnterFinding_bn(n[3], 0);
+    EXPECT(IsBeliefUpdated_bn(n[3]));
+    /* Off: they wait for the next query. */
+    SetNetAutoUpdate_bn(net, 0);
+    RetractNodeFindings_bn(n[3]);
+    EXPECT(!IsBeliefUpdated_bn(n[3]));
     EnterFinding_bn(n[3], 0);
     EXPECT(!IsBeliefUpdated_bn(n[3]));
+    SetNetAutoUpdate_bn(net, 1);
     EXPECT(GetNodeFinding_bn(n[3]) == 0);
     EXPECT(near(FindingsProbability_bn(net), wet_true()));
     /* Wet grass makes rain likelier. */

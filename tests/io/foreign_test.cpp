@@ -162,7 +162,7 @@ TEST_F(ForeignFormats, FaultyFilesAreReportedWithTheirLine) {
         {"a.uai", "BAYES\n1\n2\n1\n1 0\n2\n0.5\n", "'' is not a probability"},
         {"a.uai", "BAYES\n2\n2 2\n2\n2 1 0\n2 0 1\n4 1 0 0 1\n4 1 0 0 1\n", "directed cycle"},
         {"a.uai", "BAYES\n3\n1000 1000 1000\n3\n1 0\n1 1\n3 0 1 2\n", "too large"},
-        {"a.xdsl", "<smile id=\"n\"><nodes><noisymax id=\"A\"/></nodes></smile>", "can't be read"},
+        {"a.xdsl", "<smile id=\"n\"><nodes><equation id=\"A\"/></nodes></smile>", "can't be read"},
     };
     for (const BadForeign& c : cases) {
         SCOPED_TRACE(c.text);

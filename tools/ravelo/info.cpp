@@ -19,6 +19,40 @@ const char* kind_word(nodekind_bn kind) {
     }
 }
 
+// "table 4x2 = 8 entries", "table 4x2 = 8 entries, incomplete", "no table", "equation only".
+std::string table_words(node_bn* node) {
+    bool_ns complete = 0;
+    if (!HasNodeTable_bn(node, &complete)) {
+        const char* equation = GetNodeEquation_bn(node);
+        return equation && *equation ? "equation only" : "no table";
+    }
+    double conditions = 1.0;
+    const nodelist_bn* parents = GetNodeParents_bn(node);
+    for (int p = 0; p < LengthNodeList_bn(parents); ++p)
+        conditions *= GetNodeNumberStates_bn(NthNode_bn(parents, p));
+    int states = GetNodeNumberStates_bn(node);
+    char words[96];
+    if (states > 0)
+        std::snprintf(words, sizeof words, "table %.0fx%d = %.0f entries%s", conditions, states,
+                      conditions * states, complete ? "" : ", incomplete");
+    else
+        std::snprintf(words, sizeof words, "function table %.0f entries%s", conditions,
+                      complete ? "" : ", incomplete");
+    return words;
+}
+
+// Compiles the net and prints its compiled size and elimination order report, or why it cannot
+// be compiled.
+void print_compiled(Session& session, net_bn* net) {
+    CompileNetWith_bn(net, "report");
+    const report_ns* notice = nullptr;
+    while ((notice = GetError_ns(session.env(), NOTICE_ERR, notice)) != nullptr)
+        if (ErrorSeverity_ns(notice) == NOTICE_ERR) std::printf("%s", ErrorMessage_ns(notice));
+    std::string error = session.take_error("compiling");
+    ClearErrors_ns(session.env(), NOTICE_ERR);
+    if (!error.empty()) std::printf("not compiled: %s\n", error.c_str());
+}
+
 }  // namespace
 
 int run_info(const std::string& file) {
@@ -46,9 +80,10 @@ int run_info(const std::string& file) {
             std::printf("  parents:");
             for (int p = 0; p < p_count; ++p) std::printf(" %s", GetNodeName_bn(NthNode_bn(parents, p)));
         }
-        std::printf("\n");
+        std::printf("  [%s]\n", table_words(node).c_str());
     }
     session.check("describing the net");
+    print_compiled(session, net);
     return 0;
 }
 

@@ -28,6 +28,15 @@ void Session::check(const char* doing) {
     if (!errors.empty()) throw CommandFailed(errors);
 }
 
+std::string Session::take_error(const char* doing) {
+    try {
+        check(doing);
+    } catch (const CommandFailed& failed) {
+        return failed.what();
+    }
+    return {};
+}
+
 net_bn* Session::read_net(const std::string& path) {
     stream_ns* stream = NewFileStream_ns(path.c_str(), env_, nullptr);
     net_bn* net = stream ? ReadNet_bn(stream, NO_WINDOW) : nullptr;

@@ -26,6 +26,9 @@ public:
     void write_net(net_bn* net, const std::string& path);
     // Throws CommandFailed with the engine's message if an error was reported.
     void check(const char* doing);
+    // For a step the command can do without: the error reported since the last check (empty if
+    // none), with warnings printed as check() prints them.
+    std::string take_error(const char* doing);
 
 private:
     environ_ns* env_ = nullptr;
