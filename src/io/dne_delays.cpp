@@ -38,7 +38,9 @@ std::vector<std::string> DneReader::link_delays(const Declared& d, size_t parent
 void DneReader::check_delay(const Node& parent, const Node& child, const std::string& delay,
                             const std::vector<const Statement*>& statements) const {
     std::string problem = delay_problem(parent, child, delay);
-    if (!problem.empty()) failure(statement_named(statements, "delays")->line, problem);
+    if (problem.empty()) return;
+    const Statement* delays = statement_named(statements, "delays");
+    failure(delays ? delays->line : 0, problem);
 }
 
 void DneReader::read_persistence(Node& node, const Statement& s) const {
