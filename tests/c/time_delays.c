@@ -121,15 +121,6 @@ int main(void) {
     free(text);
     free(text_again);
 
-    /* Formats without delays refuse the net rather than drop them. */
-    stream_ns* bif = NewMemoryStream_ns("dyn.bif", env, NULL);
-    WriteNet_bn(net, bif);
-    expect_report(env, 3406,
-                  "can't write net 'Dyn' to file 'dyn.bif', because the link from node 'Rain' to node 'Rain' "
-                  "has a time delay, which that format can't express",
-                  __FILE__, __LINE__);
-    DeleteStream_ns(bif);
-
     EXPECT(CloseRavelo_bn(env, mesg) == 0);
     return failures ? 1 : 0;
 }

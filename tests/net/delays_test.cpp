@@ -1,7 +1,6 @@
 // Links with time delays: which cycles they allow, how the delays follow
 // their links as the net changes, and that what walks the graph still ends.
 #include "core_fixture.h"
-#include "infer/compile.h"
 #include "infer/relations.h"
 #include "net/copy.h"
 #include "net/structure.h"
@@ -96,13 +95,6 @@ TEST_F(DelayTest, CopiesKeepDelaysAndPersistence) {
     EXPECT_EQ(link_delay(*copies[0], 0), "1");
 }
 
-TEST_F(DelayTest, PersistenceMustBePositive) {
-    EXPECT_EQ(persistence_problem(*a, 1, 0), "invalid node persistance of zero, for node 'a', dimension 1");
-    EXPECT_EQ(persistence_problem(*a, 2, -1.5),
-              "invalid node persistance -1.5 (negative not allowed), for node 'a', dimension 2");
-    EXPECT_EQ(persistence_problem(*a, 1, 0.25), "");
-}
-
 TEST_F(DelayTest, RelationsEndOnDelayedCycles) {
     std::vector<Node*> out;
     for (const char* relation : {"ancestors", "descendents", "connected", "d_connected", "markov_blanket"}) {
@@ -114,15 +106,6 @@ TEST_F(DelayTest, RelationsEndOnDelayedCycles) {
     EXPECT_EQ(names_of(related_nodes_of(parse_relation("ancestors"), {a})), (std::vector<std::string>{"c", "b"}));
     EXPECT_EQ(names_of(related_nodes_of(parse_relation("descendents"), {a})), (std::vector<std::string>{"b", "c"}));
     EXPECT_EQ(names_of(related_nodes_of(parse_relation("parents"), {a})), (std::vector<std::string>{"c"}));
-}
-
-TEST_F(DelayTest, CompilingIsRefusedUntilExpandedInTime) {
-    EXPECT_EQ(failure_of([&] { compile_net(*net, CompileOptions{}); }),
-              "can't compile net 'N', because it has time-delay links (node 'a'); expand it in time first");
-    EXPECT_EQ(net->jtree, nullptr);
-    disconnect(*a, 0);
-    EXPECT_EQ(failure_of([&] { compile_net(*net, CompileOptions{}); }), "");
-    EXPECT_NE(net->jtree, nullptr);
 }
 
 }  // namespace
