@@ -328,6 +328,9 @@ RAVELO_API void SetNodeVisPosition_bn (node_bn* node, void* vis, double x, doubl
 
 /* Adds a link from parent to child; returns the link's index among the child's parents, or -1 on failure. */
 RAVELO_API int AddLink_bn (node_bn* parent, node_bn* child);
+/* Adds a link from parent to child carrying a time delay (a number or an equation; NULL, "" or "0"
+ * for none), which lets it close a directed cycle; returns the link's index, or -1 on failure. */
+RAVELO_API int AddDelayedLink_bn (node_bn* parent, node_bn* child, const char* delay);
 /* Removes the link_index-th parent link of child. */
 RAVELO_API void DeleteLink_bn (int link_index, node_bn* child);
 /* Puts new_parent in place of the link_index-th parent of node (NULL disconnects the link). */

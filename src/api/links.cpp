@@ -24,21 +24,32 @@ void refuse_disconnected_pred(const Node& parent, const char* argument, const ch
              parent.name.c_str(), argument, advice);
 }
 
+int add_link(ApiFrame& frame, node_bn* parent, node_bn* child, const std::string& delay) {
+    Node& p = checked_node(frame, parent, "pred");
+    Node& c = checked_node(frame, child, "succ");
+    if (c.kind == NodeKind::Disconnected)
+        fail(3224, "passed >-Bnode '%s' for argument 'succ' is a DISCONNECTED_NODE, so a link cannot "
+                   "be made to it from another node",
+             c.name.c_str());
+    refuse_disconnected_pred(p, "pred", "use >-SwitchNodeParent_bn instead?");
+    check_link_allowed(p, c, delay);
+    std::string problem = delay_problem(p, c, delay);
+    if (!problem.empty())
+        fail(3218, "can't connect >-node '%s' to >-node '%s', because %s", p.name.c_str(), c.name.c_str(),
+             problem.c_str());
+    return connect(p, c, std::string(), delay);
+}
+
 }  // namespace
 
 int AddLink_bn(node_bn* parent, node_bn* child) {
     ApiFrame frame("AddLink_bn");
-    return frame.run(-1, [&] {
-        Node& p = checked_node(frame, parent, "pred");
-        Node& c = checked_node(frame, child, "succ");
-        if (c.kind == NodeKind::Disconnected)
-            fail(3224, "passed >-Bnode '%s' for argument 'succ' is a DISCONNECTED_NODE, so a link cannot "
-                       "be made to it from another node",
-                 c.name.c_str());
-        refuse_disconnected_pred(p, "pred", "use >-SwitchNodeParent_bn instead?");
-        check_link_allowed(p, c);
-        return connect(p, c);
-    });
+    return frame.run(-1, [&] { return add_link(frame, parent, child, std::string()); });
+}
+
+int AddDelayedLink_bn(node_bn* parent, node_bn* child, const char* delay) {
+    ApiFrame frame("AddDelayedLink_bn");
+    return frame.run(-1, [&] { return add_link(frame, parent, child, delay ? delay : ""); });
 }
 
 void DeleteLink_bn(int link_index, node_bn* child) {

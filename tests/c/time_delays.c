@@ -83,6 +83,15 @@ int main(void) {
     EXPECT(last_report(env) == NULL);
     EXPECT(NthNode_bn(GetNodeParents_bn(wet), 0) == umbrella);
 
+    /* A node may follow itself in time, given a delay. */
+    EXPECT(AddDelayedLink_bn(umbrella, umbrella, "1") == 1);
+    EXPECT(last_report(env) == NULL);
+    EXPECT(AddDelayedLink_bn(rain, umbrella, "-1") == -1);
+    expect_report(env, 3218,
+                  "can't connect node 'Rain' to node 'Umbrella', because the delay of the link from node 'Rain' "
+                  "to node 'Umbrella' is negative (-1)",
+                  __FILE__, __LINE__);
+
     /* Delays through the interface: a cycle keeps the delay it needs, and none is negative. */
     EXPECT(strcmp(GetNodeInputDelay_bn(wet, 0), "1") == 0);
     SetNodeInputDelay_bn(wet, 0, "0");
