@@ -328,6 +328,9 @@ RAVELO_API void SetNodeVisPosition_bn (node_bn* node, void* vis, double x, doubl
 
 /* Adds a link from parent to child; returns the link's index among the child's parents, or -1 on failure. */
 RAVELO_API int AddLink_bn (node_bn* parent, node_bn* child);
+/* Adds a link from parent to child carrying a time delay (a number or an equation; NULL, "" or "0"
+ * for none), which lets it close a directed cycle; returns the link's index, or -1 on failure. */
+RAVELO_API int AddDelayedLink_bn (node_bn* parent, node_bn* child, const char* delay);
 /* Removes the link_index-th parent link of child. */
 RAVELO_API void DeleteLink_bn (int link_index, node_bn* child);
 /* Puts new_parent in place of the link_index-th parent of node (NULL disconnects the link). */
@@ -342,6 +345,12 @@ RAVELO_API const char* GetNodeInputName_bn (const node_bn* node, int input_index
 RAVELO_API void SetNodeInputName_bn (node_bn* node, int input_index, const char* name);
 /* Returns the index of the input with that name, or -1 when there is none or on failure. */
 RAVELO_API int GetInputNamed_bn (const char* name, const node_bn* node);
+/* Returns the time delay of a parent link as written (a number or an equation; empty or "0" when
+ * the link has none), or NULL on failure. */
+RAVELO_API const char* GetNodeInputDelay_bn (const node_bn* node, int input_index);
+/* Sets the time delay of a parent link (NULL, "" or "0" for none).  A directed cycle is allowed
+ * only through a delayed link, so a delay a cycle needs can't be removed. */
+RAVELO_API void SetNodeInputDelay_bn (node_bn* node, int input_index, const char* delay);
 
 /* ------------------------------------------------------------------------ */
 /* Node lists                                                               */

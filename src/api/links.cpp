@@ -24,21 +24,32 @@ void refuse_disconnected_pred(const Node& parent, const char* argument, const ch
              parent.name.c_str(), argument, advice);
 }
 
+int add_link(ApiFrame& frame, node_bn* parent, node_bn* child, const std::string& delay) {
+    Node& p = checked_node(frame, parent, "pred");
+    Node& c = checked_node(frame, child, "succ");
+    if (c.kind == NodeKind::Disconnected)
+        fail(3224, "passed >-Bnode '%s' for argument 'succ' is a DISCONNECTED_NODE, so a link cannot "
+                   "be made to it from another node",
+             c.name.c_str());
+    refuse_disconnected_pred(p, "pred", "use >-SwitchNodeParent_bn instead?");
+    check_link_allowed(p, c, delay);
+    std::string problem = delay_problem(p, c, delay);
+    if (!problem.empty())
+        fail(3218, "can't connect >-node '%s' to >-node '%s', because %s", p.name.c_str(), c.name.c_str(),
+             problem.c_str());
+    return connect(p, c, std::string(), delay);
+}
+
 }  // namespace
 
 int AddLink_bn(node_bn* parent, node_bn* child) {
     ApiFrame frame("AddLink_bn");
-    return frame.run(-1, [&] {
-        Node& p = checked_node(frame, parent, "pred");
-        Node& c = checked_node(frame, child, "succ");
-        if (c.kind == NodeKind::Disconnected)
-            fail(3224, "passed >-Bnode '%s' for argument 'succ' is a DISCONNECTED_NODE, so a link cannot "
-                       "be made to it from another node",
-                 c.name.c_str());
-        refuse_disconnected_pred(p, "pred", "use >-SwitchNodeParent_bn instead?");
-        check_link_allowed(p, c);
-        return connect(p, c);
-    });
+    return frame.run(-1, [&] { return add_link(frame, parent, child, std::string()); });
+}
+
+int AddDelayedLink_bn(node_bn* parent, node_bn* child, const char* delay) {
+    ApiFrame frame("AddDelayedLink_bn");
+    return frame.run(-1, [&] { return add_link(frame, parent, child, delay ? delay : ""); });
 }
 
 void DeleteLink_bn(int link_index, node_bn* child) {
@@ -61,7 +72,8 @@ void SwitchNodeParent_bn(int link_index, node_bn* node, node_bn* new_parent) {
         Node& p = checked_node(frame, new_parent, "newpred");
         refuse_disconnected_pred(p, "newpred", "pass NULL instead to disconnect a link");
         if (c.parents.nodes[static_cast<size_t>(link_index)] == &p) return;
-        check_link_allowed(p, c);
+        // The link keeps its delay, so a cycle through it stays allowed.
+        check_link_allowed(p, c, link_delay(c, static_cast<size_t>(link_index)));
         replace_parent(c, link_index, p);
     });
 }
@@ -109,5 +121,21 @@ int GetInputNamed_bn(const char* name, const node_bn* node) {
         for (size_t i = 0; i < n.input_names.size(); ++i)
             if (!n.input_names[i].empty() && n.input_names[i] == name) return static_cast<int>(i);
         return -1;
+    });
+}
+
+const char* GetNodeInputDelay_bn(const node_bn* node, int input_index) {
+    ApiFrame frame("GetNodeInputDelay_bn");
+    return frame.run<const char*>(nullptr, [&] {
+        Node& n = checked_node(frame, node);
+        return link_delay(n, static_cast<size_t>(checked_link(n, input_index))).c_str();
+    });
+}
+
+void SetNodeInputDelay_bn(node_bn* node, int input_index, const char* delay) {
+    ApiFrame frame("SetNodeInputDelay_bn");
+    frame.run([&] {
+        Node& n = checked_node(frame, node);
+        set_link_delay(n, static_cast<size_t>(checked_link(n, input_index)), delay ? delay : "");
     });
 }

@@ -19,6 +19,12 @@ constexpr int kHaltedNumber = 2074;
 [[noreturn]] void fail_halted() { fail(kHaltedNumber, "compiling halted"); }
 
 void check_for_compiling(const Net& net) {
+    // A net whose links reach across time stands for a whole sequence of nets.
+    const Node* delayed = nullptr;
+    if (has_delayed_links(net, &delayed))
+        fail(2072, "can't compile >-net '%s', because it has time-delay links (>-node '%s'); expand it in time "
+                   "first",
+             net.name.c_str(), delayed->name.c_str());
     for (const Node* n : net.nodes.nodes)
         if (takes_part_in_cliques(*n) && n->num_states() == 0)
             fail(2071, "can't compile >-net '%s', because %s", net.name.c_str(),

@@ -75,14 +75,25 @@ int function_state(const Node& node, std::size_t row) {
     return found;
 }
 
+// The states of a node's parents as far as they are known now, or false.
+// A delayed parent stands for its value at an earlier time, which findings
+// don't give; stopping there also keeps this walk off cycles, which all
+// pass through a delayed link.
+bool known_parent_states(const Node& node, std::vector<int>& states) {
+    states.clear();
+    for (std::size_t k = 0; k < node.parents.nodes.size(); ++k) {
+        if (is_delayed_link(node, k)) return false;
+        int s = calc_node_state(*node.parents.nodes[k]);
+        if (s < 0) return false;
+        states.push_back(s);
+    }
+    return true;
+}
+
 // The state the parents' known states give a deterministic node, or UNDEF_STATE.
 int state_from_parents(const Node& node) {
     std::vector<int> states;
-    for (const Node* p : node.parents.nodes) {
-        int s = calc_node_state(*p);
-        if (s < 0) return kUndefState;
-        states.push_back(s);
-    }
+    if (!known_parent_states(node, states)) return kUndefState;
     return function_state(node, row_of(node, states.data()));
 }
 
@@ -364,11 +375,7 @@ double calc_node_value(const Node& node) {
         return node.levels[static_cast<size_t>(f.state)];
     if (node.func_reals.empty()) return undef_value();
     std::vector<int> states;
-    for (const Node* p : node.parents.nodes) {
-        int s = calc_node_state(*p);
-        if (s < 0) return undef_value();
-        states.push_back(s);
-    }
+    if (!known_parent_states(node, states)) return undef_value();
     std::size_t row = row_of(node, states.data());
     return row < node.func_reals.size() ? node.func_reals[row] : undef_value();
 }

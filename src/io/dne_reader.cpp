@@ -89,7 +89,7 @@ void DneReader::defer_dependents(std::vector<const Statement*>& statements, cons
 bool depends_on(const std::string& later, const std::string& first) {
     static const char* const kOnStates[] = {"statetitles", "StateComments", "probs", "functable", "numcases",
                                             "ExperBase", "evidence", "value", "likelihood", "Finding"};
-    static const char* const kOnParents[] = {"inputs", "probs", "functable", "numcases", "ExperBase"};
+    static const char* const kOnParents[] = {"inputs", "delays", "probs", "functable", "numcases", "ExperBase"};
     auto among = [&](const auto& words) {
         return std::find(std::begin(words), std::end(words), later) != std::end(words);
     };
@@ -122,7 +122,9 @@ void DneReader::read(const Object& bnet) {
         else if (o.word == "user")
             for (const Statement& s : o.statements) net_.user_fields.set(s.keyword, word_of(s.value));
     }
+    net_.dimensions = dimensions_;
     for (const Declared& d : declared_) resolve_links(d);
+    if (first_refused_) refuse_link(*first_refused_, place_);
     for (const Declared& d : declared_) tables(d);
     for (const Declared& d : declared_) findings(d);
     net_statements(bnet);
@@ -284,20 +286,7 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
         } else if (k == "EqnDirty") {
             node.equation_dirty = is_true_word(w);
         } else if (k == "position") {
-            if (s->value.is_list() && static_cast<int>(s->value.items.size()) != dimensions_)
-                failure(s->line, format("there are %d entries, but %d dimensions in >-net '%s'",
-                                        static_cast<int>(s->value.items.size()), dimensions_, net_.name.c_str()));
-            if (!visual_) continue;
-            // The display keeps the first two coordinates.
-            std::optional<double> x, y;
-            if (s->value.is_list() && s->value.items.size() >= 2) {
-                x = read_real(word_of(s->value.items[0]));
-                y = read_real(word_of(s->value.items[1]));
-            }
-            if (!x || !y) failure(s->line, format("illegal value for `%s` statement", "position"));
-            node.vis_x = *x;
-            node.vis_y = *y;
-            node.has_position = true;
+            read_position(node, *s);
         } else if (k == "title") {
             node.title = w;
         } else if (k == "comment") {
@@ -317,9 +306,8 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
                 node.user_fields.set(word_of(pair.items[0]), word_of(pair.items[1]));
         } else if (k == "author" || k == "whochanged" || k == "whenchanged" || k == "units") {
             node.user_fields.set(k, w);
-        } else if (k == "delays" || k == "persist") {
-            failure(s->line, format("parsing `%s` as a %s field is not implemented in this version of >-Ravelo",
-                                    k.c_str(), "node"));
+        } else if (k == "persist") {
+            read_persistence(node, *s);
         }
         // The remaining fields ("children", "belief", ...) are derived and so not read.
     }
@@ -380,7 +368,10 @@ Node* DneReader::named_node(const std::string& name, int line) const {
 
 void DneReader::resolve_links(const Declared& d) {
     const Statement* parents = find_in(d.statements, "parents");
-    if (!parents) return;
+    if (!parents) {
+        link_delays(d, 0);  // a delay for no link is refused
+        return;
+    }
     if (!parents->value.is_list()) failure(parents->line, "missing open parenthesis");
     const Statement* inputs = find_in(d.statements, "inputs");
     size_t count = parents->value.items.size();
@@ -398,12 +389,15 @@ void DneReader::resolve_links(const Declared& d) {
             failure(inputs->line, format("there are %d input names, but require %d (one for each parent)",
                                          static_cast<int>(inputs->value.items.size()), static_cast<int>(count)));
     }
+    std::vector<std::string> delays = link_delays(d, count);
     for (size_t i = 0; i < count; ++i) {
         Node* parent = named_node(word_of(parents->value.items[i]), parents->line);
         std::string input = inputs ? word_of(inputs->value.items[i]) : std::string();
         if (!input.empty() && !is_legal_name(input.c_str()))
             failure(inputs->line, format("'%s' is not a legal name for a %s", input.c_str(), "link"));
-        link_checked(*parent, *d.node, input, place_, parents->line);
+        check_delay(*parent, *d.node, delays[i], d.statements);
+        auto refused = link_or_warn(*parent, *d.node, input, place_, parents->line, delays[i]);
+        if (refused && !first_refused_) first_refused_ = refused;
     }
 }
 

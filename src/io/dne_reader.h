@@ -2,11 +2,13 @@
 // the nodes with their states, resolve links, then read tables and findings.
 #pragma once
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "io/dne.h"
 #include "io/dne_syntax.h"
+#include "io/linking.h"
 #include "net/model.h"
 
 namespace ravelo {
@@ -43,6 +45,13 @@ private:
     void node_sets(const Object& bnet);
     void elim_order(const Statement& s);
 
+    // dne_delays.cpp
+    std::vector<std::string> link_delays(const Declared& d, size_t parents) const;
+    void check_delay(const Node& parent, const Node& child, const std::string& delay,
+                     const std::vector<const Statement*>& statements) const;
+    void read_persistence(Node& node, const Statement& s) const;
+    void read_position(Node& node, const Statement& s) const;
+
     // dne_tables.cpp
     void tables(const Declared& d);
     void read_probs(Node& node, const Statement& s);
@@ -57,6 +66,7 @@ private:
     int dimensions_ = 2;
     std::map<std::string, const Object*> definitions_;
     std::vector<Declared> declared_;
+    std::optional<RefusedLink> first_refused_;  // the file is refused after every bad link is named
 };
 
 // Whether reading statement `later` needs statement `first` read before it.

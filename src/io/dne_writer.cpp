@@ -1,4 +1,5 @@
 // The writer of text net files.
+#include <algorithm>
 #include <cmath>
 #include <functional>
 
@@ -8,6 +9,7 @@
 #include "io/dne.h"
 #include "io/dne_definitions.h"
 #include "io/dne_words.h"
+#include "net/names.h"
 
 namespace ravelo {
 namespace {
@@ -30,6 +32,22 @@ std::string entry_word(float p) {
     return prob_text(p);
 }
 
+// A delay as a bare word when it reads back as the same word, else quoted.
+std::string delay_word(const std::string& delay) {
+    bool bare = !delay.empty() && (read_real(delay) || is_legal_name(delay.c_str()));
+    return bare ? delay : quoted(delay);
+}
+
+// The node's position, with one coordinate per dimension of its net.
+std::string position_text(const Node& n) {
+    std::vector<double> xy{n.vis_x, n.vis_y};
+    xy.insert(xy.end(), n.position_rest.begin(), n.position_rest.end());
+    xy.resize(static_cast<size_t>(std::max(n.net->dimensions, 1)), 0.0);
+    std::string out = "(";
+    for (size_t i = 0; i < xy.size(); ++i) out += (i ? ", " : "") + real_text(xy[i]);
+    return out + ")";
+}
+
 class Writer {
 public:
     explicit Writer(const Net& net) : net_(net) {}
@@ -44,6 +62,7 @@ private:
     void table(const Node& node, const char* keyword, size_t width,
                const std::function<std::string(size_t entry)>& entry);
     void findings(const Node& node);
+    void time_fields(const Node& node);  // link delays and persistence
 
     const Net& net_;
     std::string out_;
@@ -65,6 +84,7 @@ std::string Writer::run() {
     out_ = format("// ~->[DNET-%d]->~\n\n", kFileVersion);
     out_ += "// stamp = written by Ravelo\n";
     out_ += "bnet " + net_.name + " {\n";
+    if (net_.dimensions != 2) field("", "numdimensions", format("%d", net_.dimensions));
     field("", "autoupdate", net_.auto_update ? "TRUE" : "FALSE");
     if (!net_.title.empty()) field("", "title", quoted(net_.title));
     if (!net_.comment.empty()) field("", "comment", quoted(net_.comment));
@@ -127,6 +147,7 @@ void Writer::node(const Node& n) {
     bool has_inputs = false;
     for (const std::string& input : n.input_names) has_inputs = has_inputs || !input.empty();
     if (has_inputs) field("\t", "inputs", list_of(n.input_names, [](const std::string& s) { return s; }));
+    time_fields(n);
     if (!n.func_states.empty())
         table(n, "functable", 1, [&](size_t i) { return state_word(n, n.func_states[i]); });
     if (!n.func_reals.empty())
@@ -137,13 +158,7 @@ void Writer::node(const Node& n) {
         table(n, "numcases", 1, [&](size_t i) { return real_text(n.experience[i]); });
     if (!n.equation.empty()) field("\t", "equation", quoted(n.equation));
     if (n.equation_dirty) field("\t", "EqnDirty", "TRUE");
-    if (n.has_position) {
-        std::string xy = "(";
-        xy += real_text(n.vis_x);
-        xy += ", ";
-        xy += real_text(n.vis_y);
-        field("\t", "position", xy + ")");
-    }
+    if (n.has_position) field("\t", "position", position_text(n));
     if (!n.title.empty()) field("\t", "title", quoted(n.title));
     if (!n.comment.empty()) field("\t", "comment", quoted(n.comment));
     for (const char* k : {"author", "whochanged", "whenchanged"})
@@ -214,6 +229,17 @@ void Writer::table(const Node& n, const char* keyword, size_t width,
             condition[p] = 0;
         }
     }
+}
+
+void Writer::time_fields(const Node& n) {
+    bool has_delays = false;
+    for (const std::string& d : n.delays) has_delays = has_delays || !d.empty();
+    if (has_delays) {
+        std::vector<std::string> words;
+        for (size_t k = 0; k < n.parents.nodes.size(); ++k) words.push_back(delay_word(link_delay(n, k)));
+        field("\t", "delays", list_of(words, [](const std::string& w) { return w; }));
+    }
+    if (!n.persistence.empty()) field("\t", "persist", list_of(n.persistence, [](double x) { return real_text(x); }));
 }
 
 void Writer::findings(const Node& n) {

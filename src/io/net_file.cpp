@@ -47,6 +47,17 @@ std::string write_foreign(NetFormat format, const ForeignNet& net, const std::st
     fail(3404, "can't write net file '%s', because nets are not written in that format", name.c_str());
 }
 
+// Foreign formats have no way to say that a link is delayed; dropping the
+// delay would write a different net, so such nets are only kept as text net files.
+void refuse_time_delays(const Net& net, const std::string& name) {
+    for (const Node* n : net.nodes.nodes)
+        for (size_t k = 0; k < n->parents.nodes.size(); ++k)
+            if (is_delayed_link(*n, k))
+                fail(3406, "can't write >-net '%s' to file '%s', because the link from >-node '%s' to >-node '%s' "
+                           "has a time delay, which that format can't express",
+                     net.name.c_str(), name.c_str(), n->parents.nodes[k]->name.c_str(), n->name.c_str());
+}
+
 }  // namespace
 
 Net* read_net(Environment& env, const Stream& stream, int control) {
@@ -73,6 +84,7 @@ void write_net(const Net& net, Stream& stream) {
         write_stream_text(stream, write_dne(net));
         return;
     }
+    refuse_time_delays(net, stream.name);
     write_stream_text(stream, write_foreign(format, describe_net(net), stream.name));
 }
 

@@ -25,9 +25,12 @@ void copy_fields(const Node& from, Node& to, const CopyOptions& options) {
     to.equation_dirty = from.equation_dirty;
     to.inherits = from.inherits;
     to.user_fields = from.user_fields;
+    // Persistence is given per dimension, so it only means something in a net of as many.
+    if (from.net->dimensions == to.net->dimensions) to.persistence = from.persistence;
     if (options.visual) {
         to.vis_x = from.vis_x;
         to.vis_y = from.vis_y;
+        to.position_rest = from.position_rest;
         to.has_position = from.has_position;
         to.vis_style = from.vis_style;
     }
@@ -78,7 +81,7 @@ std::vector<Node*> copy_nodes(const std::vector<Node*>& nodes, Net& dest, const 
                 Node* p = from->parents.nodes[k];
                 auto it = copy_of.find(p);
                 connect(it != copy_of.end() ? *it->second : *outside_parent(*p, dest), *to,
-                        from->input_names[k]);
+                        from->input_names[k], link_delay(*from, k));
             }
         } else if (to->kind == NodeKind::Disconnected) {
             to->kind = NodeKind::Nature;
@@ -102,6 +105,7 @@ Net* copy_net(const Net& net, Environment& env, const std::string& name, const C
     copy->user_fields = net.user_fields;
     copy->auto_update = net.auto_update;
     copy->definitions = net.definitions;
+    copy->dimensions = net.dimensions;
     if (options.visual) copy->visual = net.visual;
     if (!options.nodes) return copy;
     std::vector<Node*> copies = copy_nodes(net.nodes.nodes, *copy, options);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/numbers.h"
+
 namespace ravelo {
 
 const std::string* UserFields::find(const std::string& name) const {
@@ -40,6 +42,9 @@ void Node::release() {
     parents.nodes = {};
     children.nodes = {};
     input_names = {};
+    delays = {};
+    persistence = {};
+    position_rest = {};
     equation = {};
     parsed_equation.reset();
     cpt = {};
@@ -83,6 +88,31 @@ void Net::release() {
     user_data = {};
     listeners = {};
     jtree.reset();
+}
+
+const std::string& link_delay(const Node& node, std::size_t k) {
+    static const std::string none;
+    return k < node.delays.size() ? node.delays[k] : none;
+}
+
+bool is_delay(const std::string& delay_text) {
+    std::size_t first = delay_text.find_first_not_of(" \t\r\n");
+    if (first == std::string::npos) return false;
+    std::size_t last = delay_text.find_last_not_of(" \t\r\n");
+    std::optional<double> number = read_real(std::string_view(delay_text).substr(first, last - first + 1));
+    return !number || *number != 0.0;
+}
+
+bool is_delayed_link(const Node& node, std::size_t k) { return is_delay(link_delay(node, k)); }
+
+bool has_delayed_links(const Net& net, const Node** where) {
+    for (const Node* n : net.nodes.nodes)
+        for (std::size_t k = 0; k < n->parents.nodes.size(); ++k)
+            if (is_delayed_link(*n, k)) {
+                if (where) *where = n;
+                return true;
+            }
+    return false;
 }
 
 double table_rows(const Node& node) {

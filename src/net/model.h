@@ -108,6 +108,13 @@ public:
     NodeList parents;
     std::vector<std::string> input_names;
     NodeList children;
+    // The time delay of each parent link, in parent order, as written (a
+    // number or an equation); "" or "0" is no delay.  A cycle of links is
+    // allowed only through a delayed link.  May be shorter than the parents.
+    std::vector<std::string> delays;
+    // How long the node's value persists along each dimension of the net;
+    // empty when not given.
+    std::vector<double> persistence;
 
     std::string equation;
     std::shared_ptr<ParsedEquation> parsed_equation;  // cache, rebuilt when stale
@@ -131,6 +138,7 @@ public:
     std::map<int, void*> user_data;
     std::vector<Listener> listeners;
     double vis_x = 0, vis_y = 0;
+    std::vector<double> position_rest;  // coordinates past the second, in a net of more dimensions
     bool has_position = false;
     std::string vis_style;
     double vis_pair[2] = {0, 0};          // handed out by the position query
@@ -176,6 +184,7 @@ public:
     std::map<int, void*> user_data;
     std::vector<Listener> listeners;
     std::string visual;  // editor display information, kept as text
+    int dimensions = 2;  // of node positions and persistence
     NodeList copied_nodes;  // the nodes made by the last copy into this net
     std::vector<NodeDefinition> definitions;  // in declaration order, bases first
 
@@ -194,6 +203,16 @@ public:
 // Number of rows of a node's tables (product of its parents' state counts),
 // as a double so that huge tables can be refused before they are made.
 double table_rows(const Node& node);
+// The delay text of parent link k of node ("" when it has none), and
+// whether that link carries a time delay.
+const std::string& link_delay(const Node& node, std::size_t k);
+bool is_delayed_link(const Node& node, std::size_t k);
+// Whether a delay text stands for a time delay ("" and zero do not).
+bool is_delay(const std::string& delay_text);
+// Whether any link of the net carries a time delay; `where` receives the
+// child of the first such link.
+bool has_delayed_links(const Net& net, const Node** where = nullptr);
+
 // Row index of a parent condition (one state per parent, in parent order).
 std::size_t row_of(const Node& node, const int* parent_states);
 

@@ -45,9 +45,14 @@ Node* create_node(Net& net, const std::string& name, int num_states) {
     return node;
 }
 
-int connect(Node& parent, Node& child, const std::string& input_name) {
+int connect(Node& parent, Node& child, const std::string& input_name, const std::string& delay) {
     child.parents.nodes.push_back(&parent);
     child.input_names.push_back(input_name);
+    // Delays are kept only as far as the last delayed link.
+    if (!delay.empty()) {
+        child.delays.resize(child.parents.nodes.size() - 1);
+        child.delays.push_back(delay);
+    }
     parent.children.nodes.push_back(&child);
     const int k = static_cast<int>(child.parents.nodes.size()) - 1;
     insert_parent_axis(child, k);
@@ -60,6 +65,8 @@ void disconnect(Node& child, int link_index) {
     drop_parent_axis(child, link_index);
     child.parents.nodes.erase(child.parents.nodes.begin() + link_index);
     child.input_names.erase(child.input_names.begin() + link_index);
+    if (static_cast<std::size_t>(link_index) < child.delays.size())
+        child.delays.erase(child.delays.begin() + link_index);
     // A parent linked twice keeps its other link.
     if (!has_parent(child, parent)) erase_one(parent->children.nodes, &child);
     discard_compiled(*child.net);

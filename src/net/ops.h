@@ -12,14 +12,15 @@ namespace ravelo {
 Net* create_net(Environment& env, const std::string& name);
 // A discrete node of num_states unnamed states, or a continuous one when 0.
 Node* create_node(Net& net, const std::string& name, int num_states);
-// Appends parent to child's parents.  The child's tables keep their entries:
-// each existing row is repeated for every state of the new parent.  Returns
-// the link's index.
-int connect(Node& parent, Node& child, const std::string& input_name = std::string());
+// Appends parent to child's parents, with the link's time delay ("" for
+// none).  The child's tables keep their entries: each existing row is
+// repeated for every state of the new parent.  Returns the link's index.
+int connect(Node& parent, Node& child, const std::string& input_name = std::string(),
+            const std::string& delay = std::string());
 // Removes a parent link.  The child's tables keep the rows of the removed
 // parent's first state.
 void disconnect(Node& child, int link_index);
-// Puts new_parent in the place of a parent link, keeping its input name.  The
+// Puts new_parent in the place of a parent link, keeping its input name and delay.  The
 // tables stay as they are when both have the same number of states;
 // otherwise the rows of the old parent's first state are repeated.
 void replace_parent(Node& child, int link_index, Node& new_parent);

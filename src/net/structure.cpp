@@ -4,6 +4,7 @@
 #include <unordered_set>
 
 #include "base/failure.h"
+#include "base/numbers.h"
 #include "base/text.h"
 #include "net/names.h"
 #include "net/states.h"
@@ -25,7 +26,23 @@ bool is_ancestor(const Node& from, const Node& to) {
     return false;
 }
 
-void check_link_allowed(const Node& parent, const Node& child) {
+bool closes_undelayed_cycle(const Node& parent, const Node& child, const std::string& delay) {
+    if (is_delay(delay)) return false;
+    std::vector<const Node*> stack{&parent};
+    std::unordered_set<const Node*> seen{&parent};
+    while (!stack.empty()) {
+        const Node* n = stack.back();
+        stack.pop_back();
+        if (n == &child) return true;
+        for (std::size_t k = 0; k < n->parents.nodes.size(); ++k) {
+            const Node* p = n->parents.nodes[k];
+            if (!is_delayed_link(*n, k) && seen.insert(p).second) stack.push_back(p);
+        }
+    }
+    return false;
+}
+
+void check_link_allowed(const Node& parent, const Node& child, const std::string& delay) {
     const char* pn = parent.name.c_str();
     const char* cn = child.name.c_str();
     if (parent.net != child.net)
@@ -40,10 +57,42 @@ void check_link_allowed(const Node& parent, const Node& child) {
     if (std::find(ps.begin(), ps.end(), &parent) != ps.end())
         fail(3222, "can't connect >-node '%s' to >-node '%s', because they are already connected", pn,
              cn);
-    if (is_ancestor(child, parent))
+    if (closes_undelayed_cycle(parent, child, delay))
         fail(3223, "can't connect >-node '%s' to >-node '%s', because that would result in a directed "
                    "cycle (with no time delays)",
              pn, cn);
+}
+
+std::string delay_problem(const Node& parent, const Node& child, const std::string& delay) {
+    std::optional<double> number = read_real(delay);
+    if (number && *number < 0)
+        return format("the delay of the link from >-node '%s' to >-node '%s' is negative (%s)", parent.name.c_str(),
+                      child.name.c_str(), delay.c_str());
+    return {};
+}
+
+void set_link_delay(Node& child, std::size_t k, const std::string& delay) {
+    const Node& parent = *child.parents.nodes[k];
+    std::string problem = delay_problem(parent, child, delay);
+    if (!problem.empty())
+        fail(3228, "can't change the time delay of link %d of >-node '%s', because %s", static_cast<int>(k),
+             child.name.c_str(), problem.c_str());
+    if (closes_undelayed_cycle(parent, child, delay))
+        fail(3229, "can't remove the time delay of the link from >-node '%s' to >-node '%s', because that would "
+                   "result in a directed cycle (with no time delays)",
+             parent.name.c_str(), child.name.c_str());
+    if (child.delays.size() <= k) child.delays.resize(k + 1);
+    child.delays[k] = delay;
+    discard_compiled(*child.net);
+}
+
+std::string persistence_problem(const Node& node, int dimension, double value) {
+    if (value == 0)
+        return format("invalid node persistance of zero, for node '%s', dimension %d", node.name.c_str(), dimension);
+    if (value < 0 || value != value)
+        return format("invalid node persistance %g (negative not allowed), for node '%s', dimension %d", value,
+                      node.name.c_str(), dimension);
+    return {};
 }
 
 std::string unique_node_name(const Net& net, const std::string& base) {
@@ -92,7 +141,9 @@ void delete_node_keeping_children(Node& node) {
     Net& net = *node.net;
     notify_node(node, kRemoveEvent, nullptr);
     if (node.is_dead()) return;  // its listener deleted it
+    // A delayed link from the node to itself goes with it.
     std::vector<Node*> children = node.children.nodes;
+    children.erase(std::remove(children.begin(), children.end(), &node), children.end());
     if (children.empty() || node.kind == NodeKind::Disconnected) {
         delete_node(node);
         return;

@@ -9,11 +9,30 @@
 
 namespace ravelo {
 
-// Fails with the reason a link from parent to child is refused (different
-// nets, disconnected child, already connected, directed cycle).
-void check_link_allowed(const Node& parent, const Node& child);
-// True when `to` can be reached from `from` by following links from parent to child.
+// Fails with the reason a link from parent to child, carrying the given time
+// delay, is refused (different nets, disconnected child, already connected,
+// directed cycle with no time delay).
+void check_link_allowed(const Node& parent, const Node& child, const std::string& delay = std::string());
+// True when a link from parent to child with the given delay would close a
+// directed cycle that carries no time delay: the link itself is undelayed and
+// child reaches parent along undelayed links (or they are the same node).
+// Every check against cycles, interactive or from files, asks this.
+bool closes_undelayed_cycle(const Node& parent, const Node& child, const std::string& delay = std::string());
+// True when `to` can be reached from `from` by following links from parent
+// to child, delayed ones included.
 bool is_ancestor(const Node& from, const Node& to);
+
+// Why delay can't be the time delay of a link from parent to child (a link
+// cannot reach back to an earlier time), or empty when it can.
+std::string delay_problem(const Node& parent, const Node& child, const std::string& delay);
+// Gives parent link k of child the time delay delay ("" for none).  Refused
+// when the delay is bad, or when taking it away would leave a cycle with no
+// time delay.
+void set_link_delay(Node& child, std::size_t k, const std::string& delay);
+
+// Why value can't be the persistence of node along dimension (numbered from
+// 1), or empty when it can: a persistence must be positive.
+std::string persistence_problem(const Node& node, int dimension, double value);
 
 // A name for a new node of net: base itself when free, otherwise base with
 // the smallest "_<n>" suffix that is free (cut to stay a legal length).

@@ -254,7 +254,7 @@ TEST_F(NetFileReading, FaultyFilesGetTheReadersMessages) {
          "'0.5' is inconsistent with state value or likelihood of this node"},
         {"node A { states = (a, b); likelihood = (1, -1); };", "'-1' is less than zero"},
         {"node A { states = (a, b); delays = (1); };",
-         "parsing `delays` as a node field is not implemented in this version of Ravelo"},
+         "there are 0 input names but other indications (e.g. delay equations) are for 1 parents"},
         {"node A { states = (a, b); };\nnode B { states = (a, b); parents = (A, A); };",
          "because they are already connected"},
         {"node A { states = (a, b); parents = (B); };\nnode B { states = (a, b); parents = (A); };",
