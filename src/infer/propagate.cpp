@@ -38,13 +38,13 @@ void set_state(JunctionTree& jt, Queue& queue, Clique& c, int state) {
 
 int normalise_root(JunctionTree& jt, Clique& c, double& findings_probability) {
     restore_from_prior(jt, c);
-    double sum = table_sum(c.table);
+    const TableWalk walk = clique_walk(jt, c, {});
+    double sum = walk_total(walk, c.table.data());
     if (!(sum > 0.0)) {
         findings_probability = 0.0;
         return kZeroProbability;
     }
-    const float scale = static_cast<float>(1.0 / sum);
-    for (float& x : c.table) x *= scale;
+    walk_scale(walk, c.table.data(), static_cast<float>(1.0 / sum));
     findings_probability *= sum;
     return kPropagated;
 }
@@ -105,21 +105,13 @@ int process(JunctionTree& jt, Queue& queue, Clique& c, int mode, double& finding
 void pass_message(JunctionTree& jt, Clique& from, const CliqueLink& link) {
     Sepset& s = jt.sepsets[link.sepset];
     if (s.blocked) return;
-    const bool from_near = s.near == from.index;
-    const IndexMap& out_map = from_near ? s.near_map : s.far_map;
-    const IndexMap& in_map = from_near ? s.far_map : s.near_map;
-    const std::size_t n = s.table.size();
-    double* sums = jt.sums.data();
-    float* ratio = jt.ratio.data();
-    sum_onto(current_entries(jt, from), out_map, sums, n);
-    for (std::size_t i = 0; i < n; ++i) {
-        const float fresh = static_cast<float>(sums[i]);
-        const float old = s.table[i];
-        ratio[i] = old == 0.0f ? 0.0f : fresh / old;
-        s.table[i] = fresh;
-    }
     Clique& to = jt.cliques[link.neighbour];
-    multiply_by(to, in_map, ratio, current_entries(jt, to));
+    const TableWalk own = sepset_walk(jt, s);
+    double* sums = jt.sums.data();
+    walk_clear(own, sums);
+    walk_sum(clique_walk(jt, from, s.members), current_entries(jt, from), sums);
+    walk_replace(own, sums, s.table.data(), jt.ratio.data());
+    walk_multiply(clique_walk(jt, to, s.members), to.table.data(), current_entries(jt, to), jt.ratio.data());
     to.from_prior = false;
 }
 

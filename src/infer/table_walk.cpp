@@ -1,0 +1,225 @@
+#include "infer/table_walk.h"
+
+#include <algorithm>
+
+namespace ravelo {
+
+TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::vector<int>& target,
+                    const int* fixed) {
+    TableWalk w;
+    const std::size_t k = members.size();
+    std::vector<std::size_t> target_stride(k, 0);
+    std::size_t step = 1;
+    for (std::size_t j = target.size(); j-- > 0;) {
+        for (std::size_t i = 0; i < k; ++i)
+            if (members[i] == target[j]) {
+                target_stride[i] = step;
+                break;
+            }
+        step *= static_cast<std::size_t>(g.states(target[j]));
+    }
+    std::vector<WalkDim> inward;  // innermost first while building
+    std::size_t stride = 1;
+    for (std::size_t i = k; i-- > 0;) {
+        const std::size_t n = static_cast<std::size_t>(g.states(members[i]));
+        const int s = fixed ? fixed[members[i]] : -1;
+        if (n == 0) w.empty = true;
+        if (s >= 0) {
+            w.start += stride * static_cast<std::size_t>(s);
+            w.target_start += target_stride[i] * static_cast<std::size_t>(s);
+        } else if (n > 1) {
+            WalkDim* inner = inward.empty() ? nullptr : &inward.back();
+            if (inner && inner->step * inner->count == stride &&
+                inner->target_step * inner->count == target_stride[i])
+                inner->count *= n;
+            else
+                inward.push_back({n, stride, target_stride[i]});
+        }
+        stride *= n;
+    }
+    while (inward.size() < 2) inward.push_back({1, 0, 0});
+    w.dims.assign(inward.rbegin(), inward.rend());
+    return w;
+}
+
+namespace {
+
+// Calls block(entry, target) at the start of each middle x inner block,
+// counting the outer dimensions like an odometer.
+template <class Block>
+void for_each_block(const TableWalk& w, Block&& block) {
+    if (w.empty) return;
+    const std::size_t outer = w.dims.size() - 2;
+    std::vector<std::size_t> count(outer, 0);
+    std::size_t e = w.start, t = w.target_start;
+    for (;;) {
+        block(e, t);
+        std::size_t i = outer;
+        for (;;) {
+            if (i == 0) return;
+            --i;
+            const WalkDim& d = w.dims[i];
+            if (++count[i] < d.count) {
+                e += d.step;
+                t += d.target_step;
+                break;
+            }
+            e -= d.step * (d.count - 1);
+            t -= d.target_step * (d.count - 1);
+            count[i] = 0;
+        }
+    }
+}
+
+const WalkDim& middle_dim(const TableWalk& w) { return w.dims[w.dims.size() - 2]; }
+const WalkDim& inner_dim(const TableWalk& w) { return w.dims.back(); }
+
+// Sum of n floats in double, in four independent lanes so it vectorises.
+inline double block_sum(const float* t, std::size_t n) {
+    double a = 0, b = 0, c = 0, d = 0;
+    std::size_t i = 0;
+    for (; i + 4 <= n; i += 4) {
+        a += t[i];
+        b += t[i + 1];
+        c += t[i + 2];
+        d += t[i + 3];
+    }
+    for (; i < n; ++i) a += t[i];
+    return (a + b) + (c + d);
+}
+
+// Short inner runs summed with their length known at compile time.
+template <std::size_t N>
+void sum_short_runs(const TableWalk& w, const float* table, double* out) {
+    const WalkDim m = middle_dim(w);
+    for_each_block(w, [&](std::size_t e, std::size_t t) {
+        for (std::size_t j = 0; j < m.count; ++j, e += m.step, t += m.target_step) {
+            double s = 0.0;
+            for (std::size_t i = 0; i < N; ++i) s += table[e + i];
+            out[t] += s;
+        }
+    });
+}
+
+// In place, source is t itself, which the compiler must know to vectorise.
+template <bool InPlace>
+void multiply_entries(const TableWalk& w, float* t, const float* source, const float* factor) {
+    const WalkDim m = middle_dim(w), in = inner_dim(w);
+    for_each_block(w, [&](std::size_t e, std::size_t f) {
+        for (std::size_t j = 0; j < m.count; ++j, e += m.step, f += m.target_step) {
+            float* out = t + e;
+            const float* src = InPlace ? out : source + e;
+            const float* fac = factor + f;
+            if (in.step == 1 && in.target_step == 0) {
+                const float x = *fac;
+                for (std::size_t i = 0; i < in.count; ++i) out[i] = src[i] * x;
+            } else if (in.step == 1 && in.target_step == 1) {
+                for (std::size_t i = 0; i < in.count; ++i) out[i] = src[i] * fac[i];
+            } else {
+                for (std::size_t i = 0; i < in.count; ++i)
+                    out[i * in.step] = src[i * in.step] * fac[i * in.target_step];
+            }
+        }
+    });
+}
+
+// Calls run(offset, count, step) for each middle step's inner run.
+template <class Run>
+void for_each_run(const TableWalk& w, Run&& run) {
+    const WalkDim m = middle_dim(w), in = inner_dim(w);
+    for_each_block(w, [&](std::size_t e, std::size_t) {
+        for (std::size_t j = 0; j < m.count; ++j, e += m.step) run(e, in.count, in.step);
+    });
+}
+
+}  // namespace
+
+void walk_sum(const TableWalk& w, const float* table, double* out) {
+    const WalkDim m = middle_dim(w), in = inner_dim(w);
+    if (in.step == 1 && in.target_step == 0) {
+        switch (in.count) {
+            case 1: return sum_short_runs<1>(w, table, out);
+            case 2: return sum_short_runs<2>(w, table, out);
+            case 3: return sum_short_runs<3>(w, table, out);
+            case 4: return sum_short_runs<4>(w, table, out);
+            default: break;
+        }
+        for_each_block(w, [&](std::size_t e, std::size_t t) {
+            for (std::size_t j = 0; j < m.count; ++j, e += m.step, t += m.target_step)
+                out[t] += block_sum(table + e, in.count);
+        });
+    } else if (in.step == 1 && in.target_step == 1) {
+        for_each_block(w, [&](std::size_t e, std::size_t t) {
+            for (std::size_t j = 0; j < m.count; ++j, e += m.step, t += m.target_step) {
+                const float* p = table + e;
+                double* o = out + t;
+                for (std::size_t i = 0; i < in.count; ++i) o[i] += p[i];
+            }
+        });
+    } else {
+        for_each_block(w, [&](std::size_t e, std::size_t t) {
+            for (std::size_t j = 0; j < m.count; ++j, e += m.step, t += m.target_step)
+                for (std::size_t i = 0; i < in.count; ++i) out[t + i * in.target_step] += table[e + i * in.step];
+        });
+    }
+}
+
+void walk_max(const TableWalk& w, const float* table, double* out) {
+    const WalkDim m = middle_dim(w), in = inner_dim(w);
+    for_each_block(w, [&](std::size_t e, std::size_t t) {
+        for (std::size_t j = 0; j < m.count; ++j, e += m.step, t += m.target_step)
+            for (std::size_t i = 0; i < in.count; ++i) {
+                double& o = out[t + i * in.target_step];
+                o = std::max(o, static_cast<double>(table[e + i * in.step]));
+            }
+    });
+}
+
+void walk_multiply(const TableWalk& w, float* t, const float* source, const float* factor) {
+    if (source == t) multiply_entries<true>(w, t, nullptr, factor);
+    else multiply_entries<false>(w, t, source, factor);
+}
+
+void walk_copy(const TableWalk& w, float* t, const float* source) {
+    for_each_run(w, [&](std::size_t e, std::size_t n, std::size_t step) {
+        if (step == 1) std::copy(source + e, source + e + n, t + e);
+        else
+            for (std::size_t i = 0; i < n; ++i) t[e + i * step] = source[e + i * step];
+    });
+}
+
+void walk_clear(const TableWalk& w, double* t) {
+    for_each_run(w, [&](std::size_t e, std::size_t n, std::size_t step) {
+        for (std::size_t i = 0; i < n; ++i) t[e + i * step] = 0.0;
+    });
+}
+
+void walk_scale(const TableWalk& w, float* t, float by) {
+    for_each_run(w, [&](std::size_t e, std::size_t n, std::size_t step) {
+        for (std::size_t i = 0; i < n; ++i) t[e + i * step] *= by;
+    });
+}
+
+double walk_total(const TableWalk& w, const float* t) {
+    double total = 0.0;
+    for_each_run(w, [&](std::size_t e, std::size_t n, std::size_t step) {
+        if (step == 1) total += block_sum(t + e, n);
+        else
+            for (std::size_t i = 0; i < n; ++i) total += t[e + i * step];
+    });
+    return total;
+}
+
+void walk_replace(const TableWalk& w, const double* fresh, float* sepset, float* ratio) {
+    for_each_run(w, [&](std::size_t e, std::size_t n, std::size_t step) {
+        for (std::size_t i = 0; i < n; ++i) {
+            const std::size_t x = e + i * step;
+            const float now = static_cast<float>(fresh[x]);
+            const float old = sepset[x];
+            ratio[x] = old == 0.0f ? 0.0f : now / old;
+            sepset[x] = now;
+        }
+    });
+}
+
+}  // namespace ravelo

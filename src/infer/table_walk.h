@@ -1,0 +1,51 @@
+// Walks over the entries of a clique (or sepset) table that agree with the
+// hard findings, paired with the matching entries of a table over some of its
+// members (a sepset, one member, a family).  Observed members are left out
+// of the walk, so that passing a message, loading a prior and reading beliefs
+// touch only the slice of each table the findings leave possible; entries
+// outside the slice are never read and stand for zeros.
+#pragma once
+#include <cstddef>
+#include <vector>
+
+#include "infer/junction_tree.h"
+
+namespace ravelo {
+
+struct WalkDim {
+    std::size_t count;
+    std::size_t step;         // in the walked table
+    std::size_t target_step;  // in the target table (0: not a target member)
+};
+
+// Dimensions run outermost first; neighbours contiguous in both tables are
+// merged, and there are always at least two (padded with single steps).
+struct TableWalk {
+    std::size_t start = 0, target_start = 0;
+    std::vector<WalkDim> dims;
+    bool empty = false;  // some member has no states
+};
+
+// members: the walked table's members (the last varies fastest); target: the
+// target table's members in its own order, all among 'members'.  fixed (by
+// local index, -1: free) holds the observed states, or is null for the
+// whole table.
+TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::vector<int>& target,
+                    const int* fixed);
+
+// out (the target's size) gets the sums (or maxima) of the walked entries
+// added onto its entries; the caller clears the target's slice first.
+void walk_sum(const TableWalk& w, const float* table, double* out);
+void walk_max(const TableWalk& w, const float* table, double* out);
+// t = source * factor (source may be t itself).
+void walk_multiply(const TableWalk& w, float* t, const float* source, const float* factor);
+// t = source over the walked entries.
+void walk_copy(const TableWalk& w, float* t, const float* source);
+void walk_clear(const TableWalk& w, double* t);
+void walk_scale(const TableWalk& w, float* t, float by);
+double walk_total(const TableWalk& w, const float* t);
+// Over a sepset's own walk: the sepset takes the fresh sums and ratio the
+// factor by which they change it (0 where it held 0).
+void walk_replace(const TableWalk& w, const double* fresh, float* sepset, float* ratio);
+
+}  // namespace ravelo
