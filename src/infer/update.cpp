@@ -16,21 +16,21 @@ int hard_state(const Node& node) {
     return s >= 0 && s < node.num_states() ? s : -1;
 }
 
-// A hard finding multiplies nothing: every clique holding the node from now
-// on works only on the entries of the observed state, which all change.
+// A hard finding multiplies nothing: from now on every clique and sepset
+// holding the node works only on the entries of the observed state.  Only the
+// home clique counts as changed: every other clique holding the node reaches
+// the root through a sepset holding it, or lies on the home clique's way there.
 void apply_finding(JunctionTree& jt, int v, std::vector<float> likelihood) {
     Node* node = jt.graph.nodes[v];
+    Clique& c = jt.cliques[node->home_clique];
     const int state = hard_state(*node);
     if (state >= 0) {
         jt.fixed[static_cast<size_t>(v)] = state;
-        for (Clique& c : jt.cliques)
-            if (member_position(c, v) >= 0) c.state = kChanged;
     } else {
-        Clique& c = jt.cliques[node->home_clique];
         restore_from_prior(jt, c);
         walk_multiply(clique_walk(jt, c, {v}), c.table.data(), c.table.data(), likelihood.data());
-        c.state = kChanged;
     }
+    c.state = kChanged;
     jt.applied[v] = std::move(likelihood);
 }
 
