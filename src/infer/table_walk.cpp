@@ -71,6 +71,11 @@ void for_each_block(const TableWalk& w, Block&& block) {
     }
 }
 
+// Inner runs that spread over a target are taken this many entries at a time
+// across the middle steps, so that the target entries stay in cache while
+// successive middle steps add to (or read) them.
+constexpr std::size_t kTile = 2048;
+
 const WalkDim& middle_dim(const TableWalk& w) { return w.dims[w.dims.size() - 2]; }
 const WalkDim& inner_dim(const TableWalk& w) { return w.dims.back(); }
 
@@ -105,6 +110,20 @@ void sum_short_runs(const TableWalk& w, const float* table, double* out) {
 template <bool InPlace>
 void multiply_entries(const TableWalk& w, float* t, const float* source, const float* factor) {
     const WalkDim m = middle_dim(w), in = inner_dim(w);
+    if (in.step == 1 && in.target_step == 1) {
+        for_each_block(w, [&](std::size_t e, std::size_t f) {
+            for (std::size_t c = 0; c < in.count; c += kTile) {
+                const std::size_t n = std::min(kTile, in.count - c);
+                for (std::size_t j = 0, ej = e + c, fj = f + c; j < m.count; ++j, ej += m.step, fj += m.target_step) {
+                    float* out = t + ej;
+                    const float* src = InPlace ? out : source + ej;
+                    const float* fac = factor + fj;
+                    for (std::size_t i = 0; i < n; ++i) out[i] = src[i] * fac[i];
+                }
+            }
+        });
+        return;
+    }
     for_each_block(w, [&](std::size_t e, std::size_t f) {
         for (std::size_t j = 0; j < m.count; ++j, e += m.step, f += m.target_step) {
             float* out = t + e;
@@ -113,8 +132,6 @@ void multiply_entries(const TableWalk& w, float* t, const float* source, const f
             if (in.step == 1 && in.target_step == 0) {
                 const float x = *fac;
                 for (std::size_t i = 0; i < in.count; ++i) out[i] = src[i] * x;
-            } else if (in.step == 1 && in.target_step == 1) {
-                for (std::size_t i = 0; i < in.count; ++i) out[i] = src[i] * fac[i];
             } else {
                 for (std::size_t i = 0; i < in.count; ++i)
                     out[i * in.step] = src[i * in.step] * fac[i * in.target_step];
@@ -150,10 +167,13 @@ void walk_sum(const TableWalk& w, const float* table, double* out) {
         });
     } else if (in.step == 1 && in.target_step == 1) {
         for_each_block(w, [&](std::size_t e, std::size_t t) {
-            for (std::size_t j = 0; j < m.count; ++j, e += m.step, t += m.target_step) {
-                const float* p = table + e;
-                double* o = out + t;
-                for (std::size_t i = 0; i < in.count; ++i) o[i] += p[i];
+            for (std::size_t c = 0; c < in.count; c += kTile) {
+                const std::size_t n = std::min(kTile, in.count - c);
+                for (std::size_t j = 0, ej = e + c, tj = t + c; j < m.count; ++j, ej += m.step, tj += m.target_step) {
+                    const float* p = table + ej;
+                    double* o = out + tj;
+                    for (std::size_t i = 0; i < n; ++i) o[i] += p[i];
+                }
             }
         });
     } else {
