@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/failure.h"
+#include "infer/table_memory.h"
 
 namespace ravelo {
 namespace {
@@ -105,9 +106,9 @@ void allocate_tables(JunctionTree& jt) {
     std::size_t widest = 1;
     // Past this the propagated prior tables would cost more memory than reloading saves.
     jt.keep_prior = total_size(jt) <= kPriorLimit;
-    for (Clique& c : jt.cliques) c.table.assign(static_cast<std::size_t>(c.size), 0.0f);
+    for (Clique& c : jt.cliques) fill_table(c.table, static_cast<std::size_t>(c.size), 0.0f);
     for (Sepset& s : jt.sepsets) {
-        s.table.assign(static_cast<std::size_t>(s.size), 1.0f);
+        fill_table(s.table, static_cast<std::size_t>(s.size), 1.0f);
         widest = std::max(widest, s.table.size());
     }
     for (const Clique& c : jt.cliques)

@@ -7,6 +7,7 @@
 #include "infer/clique_tables.h"
 #include "infer/compile.h"
 #include "infer/propagate.h"
+#include "infer/table_memory.h"
 
 namespace ravelo {
 namespace {
@@ -52,8 +53,8 @@ bool ensure_prior(JunctionTree& jt) {
     if (propagate(jt, probability) < 0) return false;
     jt.prior_cliques.resize(jt.cliques.size());
     jt.prior_sepsets.resize(jt.sepsets.size());
-    for (size_t i = 0; i < jt.cliques.size(); ++i) jt.prior_cliques[i] = jt.cliques[i].table;
-    for (size_t i = 0; i < jt.sepsets.size(); ++i) jt.prior_sepsets[i] = jt.sepsets[i].table;
+    for (size_t i = 0; i < jt.cliques.size(); ++i) copy_table(jt.prior_cliques[i], jt.cliques[i].table);
+    for (size_t i = 0; i < jt.sepsets.size(); ++i) copy_table(jt.prior_sepsets[i], jt.sepsets[i].table);
     jt.prior_valid = true;
     return true;
 }
