@@ -34,6 +34,9 @@ struct Clique {
     // The table's content is still the kept prior's: copied (or multiplied
     // in one pass) only when first changed.
     bool from_prior = false;
+    // A root's normalising factor, applied by the sweep that sends its first
+    // message rather than by a sweep of its own.
+    float owed_scale = 1.0f;
     std::vector<Node*> homed;  // nodes whose tables load here
 };
 

@@ -36,47 +36,154 @@ void set_state(JunctionTree& jt, Queue& queue, Clique& c, int state) {
     for (const CliqueLink& link : c.links) queue.push(jt.cliques[link.neighbour]);
 }
 
-int normalise_root(JunctionTree& jt, Clique& c, double& findings_probability) {
-    restore_from_prior(jt, c);
-    const TableWalk walk = clique_walk(jt, c, {});
-    double sum = walk_total(walk, c.table.data());
+// The root's sum is the probability of the findings (times what earlier
+// roots gave); the division by it is owed until the root's first sweep.
+int normalise_root(Clique& c, double sum, double& findings_probability) {
     if (!(sum > 0.0)) {
         findings_probability = 0.0;
         return kZeroProbability;
     }
-    walk_scale(walk, c.table.data(), static_cast<float>(1.0 / sum));
+    c.owed_scale = static_cast<float>(1.0 / sum);
     findings_probability *= sum;
     return kPropagated;
 }
 
+// Links of c to neighbours in the given state, and the last of them.
+int links_in_state(const JunctionTree& jt, const Clique& c, int state, bool equal, const CliqueLink** last) {
+    int count = 0;
+    for (const CliqueLink& link : c.links)
+        if ((jt.cliques[link.neighbour].state == state) == equal) {
+            ++count;
+            *last = &link;
+        }
+    return count;
+}
+
+// jt.sums receives the sender's sums onto the sepset.
+void sum_onto_sepset(JunctionTree& jt, Clique& from, const Sepset& s) {
+    walk_clear(sepset_walk(jt, s), jt.sums.data());
+    if (from.owed_scale != 1.0f) {
+        // Scales the sender in the same sweep.
+        TableWalk w = make_walk(jt.graph, from.members, {}, jt.fixed.data(), s.members);
+        walk_multiply_sum(w, from.table.data(), from.table.data(), &from.owed_scale, jt.sums.data());
+        from.owed_scale = 1.0f;
+        return;
+    }
+    walk_sum(clique_walk(jt, from, s.members), current_entries(jt, from), jt.sums.data());
+}
+
+// The sepset takes the sums in jt.sums; jt.ratio gets the message.
+void replace_sepset(JunctionTree& jt, Sepset& s) {
+    walk_replace(sepset_walk(jt, s), jt.sums.data(), s.table.data(), jt.ratio.data());
+}
+
+// Multiplies the message in jt.ratio into the clique.  With an onward sepset
+// the same sweep sums the new entries onto it into jt.sums; with none but a
+// total, it sums them all.
+void receive(JunctionTree& jt, Clique& to, const Sepset& s, const Sepset* onward, double* total) {
+    const float* source = current_entries(jt, to);
+    if (onward || total) {
+        double* out = total;
+        if (onward) {
+            walk_clear(sepset_walk(jt, *onward), jt.sums.data());
+            out = jt.sums.data();
+        }
+        const std::vector<int> none;
+        TableWalk w = make_walk(jt.graph, to.members, s.members, jt.fixed.data(), onward ? onward->members : none);
+        walk_multiply_sum(w, to.table.data(), source, jt.ratio.data(), out);
+    } else {
+        walk_multiply(clique_walk(jt, to, s.members), to.table.data(), source, jt.ratio.data());
+    }
+    to.from_prior = false;
+}
+
+// A changed clique with one uncollected neighbour sends it its message.  When
+// that leaves the neighbour with one uncollected neighbour of its own, the
+// sweep that takes the message in makes the neighbour's message too, which
+// follows at once, and so on; when it leaves none, the neighbour is the root.
+int send_up(JunctionTree& jt, Queue& queue, Clique& c, const CliqueLink& first, double& findings_probability) {
+    Clique* from = &c;
+    const CliqueLink* link = &first;
+    bool summed = false;
+    for (;;) {
+        Sepset& s = jt.sepsets[link->sepset];
+        Clique& next = jt.cliques[link->neighbour];
+        set_state(jt, queue, *from, kCollected);
+        if (s.blocked || next.state == kReset) {
+            if (!s.blocked) pass_message(jt, *from, *link);
+            if (next.state != kReset) set_state(jt, queue, next, kChanged);
+            return kPropagated;
+        }
+        if (!summed) sum_onto_sepset(jt, *from, s);
+        replace_sepset(jt, s);
+        const CliqueLink* onward = nullptr;
+        const int left = links_in_state(jt, next, kCollected, false, &onward);
+        if (left == 0) {
+            double total = 0.0;
+            receive(jt, next, s, nullptr, &total);
+            set_state(jt, queue, next, kReceiving);
+            return normalise_root(next, total, findings_probability);
+        }
+        receive(jt, next, s, left == 1 ? &jt.sepsets[onward->sepset] : nullptr, nullptr);
+        set_state(jt, queue, next, kChanged);
+        if (left > 1) return kPropagated;
+        from = &next;
+        link = onward;
+        summed = true;
+    }
+}
+
 int collect(JunctionTree& jt, Queue& queue, Clique& c, double& findings_probability) {
     const CliqueLink* remaining = nullptr;
-    int uncollected = 0;
-    for (const CliqueLink& link : c.links)
-        if (jt.cliques[link.neighbour].state != kCollected) {
-            ++uncollected;
-            remaining = &link;
-        }
+    const int uncollected = links_in_state(jt, c, kCollected, false, &remaining);
     if (uncollected >= 2) return kPropagated;
     if (uncollected == 1) {
-        Clique& next = jt.cliques[remaining->neighbour];
-        if (c.state == kChanged) {
-            pass_message(jt, c, *remaining);
-            if (next.state != kReset) set_state(jt, queue, next, kChanged);
-        }
+        if (c.state == kChanged) return send_up(jt, queue, c, *remaining, findings_probability);
         set_state(jt, queue, c, kCollected);
         return kPropagated;
     }
     set_state(jt, queue, c, kReceiving);
-    return normalise_root(jt, c, findings_probability);
+    restore_from_prior(jt, c);
+    return normalise_root(c, walk_total(clique_walk(jt, c, {}), c.table.data()), findings_probability);
+}
+
+// Sends c's message down the link, then on down the receiver's first
+// uncollected neighbour, whose message the receiving sweep makes, and so on.
+void send_down(JunctionTree& jt, Queue& queue, Clique& c, const CliqueLink& first) {
+    Clique* from = &c;
+    const CliqueLink* link = &first;
+    bool summed = false;
+    for (;;) {
+        Sepset& s = jt.sepsets[link->sepset];
+        Clique& next = jt.cliques[link->neighbour];
+        if (s.blocked) {
+            set_state(jt, queue, next, kReceiving);
+            return;
+        }
+        if (!summed) sum_onto_sepset(jt, *from, s);
+        replace_sepset(jt, s);
+        const CliqueLink* onward = nullptr;
+        for (const CliqueLink& l : next.links)
+            if (jt.cliques[l.neighbour].state == kCollected) {
+                onward = &l;
+                break;
+            }
+        receive(jt, next, s, onward ? &jt.sepsets[onward->sepset] : nullptr, nullptr);
+        set_state(jt, queue, next, kReceiving);
+        if (!onward || jt.sepsets[onward->sepset].blocked) return;
+        from = &next;
+        link = onward;
+        summed = true;
+    }
 }
 
 int distribute(JunctionTree& jt, Queue& queue, Clique& c) {
-    for (const CliqueLink& link : c.links) {
-        Clique& next = jt.cliques[link.neighbour];
-        if (next.state != kCollected) continue;
-        pass_message(jt, c, link);
-        set_state(jt, queue, next, kReceiving);
+    for (const CliqueLink& link : c.links)
+        if (jt.cliques[link.neighbour].state == kCollected) send_down(jt, queue, c, link);
+    if (c.owed_scale != 1.0f) {
+        restore_from_prior(jt, c);
+        walk_scale(clique_walk(jt, c, {}), c.table.data(), c.owed_scale);
+        c.owed_scale = 1.0f;
     }
     set_state(jt, queue, c, kDone);
     return kPropagated;
@@ -105,14 +212,9 @@ int process(JunctionTree& jt, Queue& queue, Clique& c, int mode, double& finding
 void pass_message(JunctionTree& jt, Clique& from, const CliqueLink& link) {
     Sepset& s = jt.sepsets[link.sepset];
     if (s.blocked) return;
-    Clique& to = jt.cliques[link.neighbour];
-    const TableWalk own = sepset_walk(jt, s);
-    double* sums = jt.sums.data();
-    walk_clear(own, sums);
-    walk_sum(clique_walk(jt, from, s.members), current_entries(jt, from), sums);
-    walk_replace(own, sums, s.table.data(), jt.ratio.data());
-    walk_multiply(clique_walk(jt, to, s.members), to.table.data(), current_entries(jt, to), jt.ratio.data());
-    to.from_prior = false;
+    sum_onto_sepset(jt, from, s);
+    replace_sepset(jt, s);
+    receive(jt, jt.cliques[link.neighbour], s, nullptr, nullptr);
 }
 
 namespace {
@@ -145,6 +247,12 @@ int propagate_queue(JunctionTree& jt, double& findings_probability) {
 
 int propagate(JunctionTree& jt, double& findings_probability) {
     int result = propagate_queue(jt, findings_probability);
+    for (Clique& c : jt.cliques)
+        if (c.owed_scale != 1.0f) {  // a root left before distributing
+            restore_from_prior(jt, c);
+            walk_scale(clique_walk(jt, c, {}), c.table.data(), c.owed_scale);
+            c.owed_scale = 1.0f;
+        }
     // Cliques nothing reached still stand for the prior: give them its entries.
     for (Clique& c : jt.cliques) restore_from_prior(jt, c);
     return result;

@@ -4,20 +4,31 @@
 
 namespace ravelo {
 
-TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::vector<int>& target,
-                    const int* fixed) {
-    TableWalk w;
-    const std::size_t k = members.size();
-    std::vector<std::size_t> target_stride(k, 0);
+namespace {
+
+// The stride in a table over 'target' of each of the members (0 when outside).
+std::vector<std::size_t> strides_in(const Graph& g, const std::vector<int>& members, const std::vector<int>& target) {
+    std::vector<std::size_t> stride(members.size(), 0);
     std::size_t step = 1;
     for (std::size_t j = target.size(); j-- > 0;) {
-        for (std::size_t i = 0; i < k; ++i)
+        for (std::size_t i = 0; i < members.size(); ++i)
             if (members[i] == target[j]) {
-                target_stride[i] = step;
+                stride[i] = step;
                 break;
             }
         step *= static_cast<std::size_t>(g.states(target[j]));
     }
+    return stride;
+}
+
+}  // namespace
+
+TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::vector<int>& target,
+                    const int* fixed, const std::vector<int>& second) {
+    TableWalk w;
+    const std::size_t k = members.size();
+    const std::vector<std::size_t> target_stride = strides_in(g, members, target);
+    const std::vector<std::size_t> second_stride = strides_in(g, members, second);
     std::vector<WalkDim> inward;  // innermost first while building
     std::size_t stride = 1;
     for (std::size_t i = k; i-- > 0;) {
@@ -27,17 +38,19 @@ TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::
         if (s >= 0) {
             w.start += stride * static_cast<std::size_t>(s);
             w.target_start += target_stride[i] * static_cast<std::size_t>(s);
+            w.second_start += second_stride[i] * static_cast<std::size_t>(s);
         } else if (n > 1) {
             WalkDim* inner = inward.empty() ? nullptr : &inward.back();
             if (inner && inner->step * inner->count == stride &&
-                inner->target_step * inner->count == target_stride[i])
+                inner->target_step * inner->count == target_stride[i] &&
+                inner->second_step * inner->count == second_stride[i])
                 inner->count *= n;
             else
-                inward.push_back({n, stride, target_stride[i]});
+                inward.push_back({n, stride, target_stride[i], second_stride[i]});
         }
         stride *= n;
     }
-    while (inward.size() < 2) inward.push_back({1, 0, 0});
+    while (inward.size() < 2) inward.push_back({1, 0, 0, 0});
     w.dims.assign(inward.rbegin(), inward.rend());
     return w;
 }
@@ -75,6 +88,34 @@ void for_each_block(const TableWalk& w, Block&& block) {
 // across the middle steps, so that the target entries stay in cache while
 // successive middle steps add to (or read) them.
 constexpr std::size_t kTile = 2048;
+
+// The same, with the offset in the second target as well.
+template <class Block>
+void for_each_block3(const TableWalk& w, Block&& block) {
+    if (w.empty) return;
+    const std::size_t outer = w.dims.size() - 2;
+    std::vector<std::size_t> count(outer, 0);
+    std::size_t e = w.start, t = w.target_start, u = w.second_start;
+    for (;;) {
+        block(e, t, u);
+        std::size_t i = outer;
+        for (;;) {
+            if (i == 0) return;
+            --i;
+            const WalkDim& d = w.dims[i];
+            if (++count[i] < d.count) {
+                e += d.step;
+                t += d.target_step;
+                u += d.second_step;
+                break;
+            }
+            e -= d.step * (d.count - 1);
+            t -= d.target_step * (d.count - 1);
+            u -= d.second_step * (d.count - 1);
+            count[i] = 0;
+        }
+    }
+}
 
 const WalkDim& middle_dim(const TableWalk& w) { return w.dims[w.dims.size() - 2]; }
 const WalkDim& inner_dim(const TableWalk& w) { return w.dims.back(); }
@@ -149,7 +190,83 @@ void for_each_run(const TableWalk& w, Run&& run) {
     });
 }
 
+// One contiguous run of the fused sweep; FS and SS are the run's steps in
+// the factor and in the sums (0 or 1).
+template <bool InPlace, int FS, int SS>
+inline void multiply_sum_run(float* out, const float* source, const float* fac, double* sum, std::size_t n) {
+    const float* src = InPlace ? out : source;
+    if constexpr (SS == 0) {
+        double a = 0, b = 0, c = 0, d = 0;
+        std::size_t i = 0;
+        for (; i + 4 <= n; i += 4) {
+            const float v0 = src[i] * fac[FS * i], v1 = src[i + 1] * fac[FS * (i + 1)];
+            const float v2 = src[i + 2] * fac[FS * (i + 2)], v3 = src[i + 3] * fac[FS * (i + 3)];
+            out[i] = v0;
+            out[i + 1] = v1;
+            out[i + 2] = v2;
+            out[i + 3] = v3;
+            a += v0;
+            b += v1;
+            c += v2;
+            d += v3;
+        }
+        for (; i < n; ++i) {
+            const float v = src[i] * fac[FS * i];
+            out[i] = v;
+            a += v;
+        }
+        *sum += (a + b) + (c + d);
+    } else {
+        for (std::size_t i = 0; i < n; ++i) {
+            const float v = src[i] * fac[FS * i];
+            out[i] = v;
+            sum[i] += v;
+        }
+    }
+}
+
+template <bool InPlace, int FS, int SS>
+void multiply_sum_entries(const TableWalk& w, float* t, const float* source, const float* factor, double* out) {
+    const WalkDim m = middle_dim(w), in = inner_dim(w);
+    const std::size_t tile = FS || SS ? kTile : in.count;
+    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u) {
+        for (std::size_t c = 0; c < in.count; c += tile) {
+            const std::size_t n = std::min(tile, in.count - c);
+            std::size_t ej = e + c, fj = f + FS * c, uj = u + SS * c;
+            for (std::size_t j = 0; j < m.count; ++j, ej += m.step, fj += m.target_step, uj += m.second_step)
+                multiply_sum_run<InPlace, FS, SS>(t + ej, InPlace ? nullptr : source + ej, factor + fj, out + uj, n);
+        }
+    });
+}
+
+template <bool InPlace>
+void multiply_sum_dispatch(const TableWalk& w, float* t, const float* source, const float* factor, double* out) {
+    const WalkDim in = inner_dim(w);
+    const int fs = static_cast<int>(in.target_step), ss = static_cast<int>(in.second_step);
+    if (in.step == 1 && fs <= 1 && ss <= 1) {
+        if (fs == 0 && ss == 0) return multiply_sum_entries<InPlace, 0, 0>(w, t, source, factor, out);
+        if (fs == 1 && ss == 0) return multiply_sum_entries<InPlace, 1, 0>(w, t, source, factor, out);
+        if (fs == 0 && ss == 1) return multiply_sum_entries<InPlace, 0, 1>(w, t, source, factor, out);
+        return multiply_sum_entries<InPlace, 1, 1>(w, t, source, factor, out);
+    }
+    const WalkDim m = middle_dim(w);
+    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u) {
+        for (std::size_t j = 0; j < m.count; ++j, e += m.step, f += m.target_step, u += m.second_step)
+            for (std::size_t i = 0; i < in.count; ++i) {
+                const std::size_t x = e + i * in.step;
+                const float v = (InPlace ? t[x] : source[x]) * factor[f + i * in.target_step];
+                t[x] = v;
+                out[u + i * in.second_step] += v;
+            }
+    });
+}
+
 }  // namespace
+
+void walk_multiply_sum(const TableWalk& w, float* t, const float* source, const float* factor, double* out) {
+    if (source == t) multiply_sum_dispatch<true>(w, t, nullptr, factor, out);
+    else multiply_sum_dispatch<false>(w, t, source, factor, out);
+}
 
 void walk_sum(const TableWalk& w, const float* table, double* out) {
     const WalkDim m = middle_dim(w), in = inner_dim(w);

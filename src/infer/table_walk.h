@@ -16,12 +16,13 @@ struct WalkDim {
     std::size_t count;
     std::size_t step;         // in the walked table
     std::size_t target_step;  // in the target table (0: not a target member)
+    std::size_t second_step;  // in the second target, when there is one
 };
 
 // Dimensions run outermost first; neighbours contiguous in both tables are
 // merged, and there are always at least two (padded with single steps).
 struct TableWalk {
-    std::size_t start = 0, target_start = 0;
+    std::size_t start = 0, target_start = 0, second_start = 0;
     std::vector<WalkDim> dims;
     bool empty = false;  // some member has no states
 };
@@ -31,7 +32,7 @@ struct TableWalk {
 // local index, -1: free) holds the observed states, or is null for the
 // whole table.
 TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::vector<int>& target,
-                    const int* fixed);
+                    const int* fixed, const std::vector<int>& second = {});
 
 // out (the target's size) gets the sums (or maxima) of the walked entries
 // added onto its entries; the caller clears the target's slice first.
@@ -44,6 +45,10 @@ void walk_copy(const TableWalk& w, float* t, const float* source);
 void walk_clear(const TableWalk& w, double* t);
 void walk_scale(const TableWalk& w, float* t, float by);
 double walk_total(const TableWalk& w, const float* t);
+// t = source * factor (over the target) while out (over the second target)
+// gets the new entries added onto its entries, in one sweep.
+void walk_multiply_sum(const TableWalk& w, float* t, const float* source, const float* factor, double* out);
+
 // Over a sepset's own walk: the sepset takes the fresh sums and ratio the
 // factor by which they change it (0 where it held 0).
 void walk_replace(const TableWalk& w, const double* fresh, float* sepset, float* ratio);
