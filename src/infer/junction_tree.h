@@ -37,6 +37,7 @@ struct Clique {
     // A root's normalising factor, applied by the sweep that sends its first
     // message rather than by a sweep of its own.
     float owed_scale = 1.0f;
+    bool waits = false;  // the chosen root: never sends while collecting
     std::vector<Node*> homed;  // nodes whose tables load here
 };
 

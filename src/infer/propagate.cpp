@@ -1,6 +1,7 @@
 #include "infer/propagate.h"
 
 #include "infer/clique_tables.h"
+#include "infer/root_choice.h"
 
 namespace ravelo {
 namespace {
@@ -124,9 +125,10 @@ int send_up(JunctionTree& jt, Queue& queue, Clique& c, const CliqueLink& first, 
             set_state(jt, queue, next, kReceiving);
             return normalise_root(next, total, findings_probability);
         }
-        receive(jt, next, s, left == 1 ? &jt.sepsets[onward->sepset] : nullptr, nullptr);
+        const bool onward_now = left == 1 && !next.waits;
+        receive(jt, next, s, onward_now ? &jt.sepsets[onward->sepset] : nullptr, nullptr);
         set_state(jt, queue, next, kChanged);
-        if (left > 1) return kPropagated;
+        if (!onward_now) return kPropagated;
         from = &next;
         link = onward;
         summed = true;
@@ -136,7 +138,7 @@ int send_up(JunctionTree& jt, Queue& queue, Clique& c, const CliqueLink& first, 
 int collect(JunctionTree& jt, Queue& queue, Clique& c, double& findings_probability) {
     const CliqueLink* remaining = nullptr;
     const int uncollected = links_in_state(jt, c, kCollected, false, &remaining);
-    if (uncollected >= 2) return kPropagated;
+    if (uncollected >= 2 || (uncollected == 1 && c.waits)) return kPropagated;
     if (uncollected == 1) {
         if (c.state == kChanged) return send_up(jt, queue, c, *remaining, findings_probability);
         set_state(jt, queue, c, kCollected);
@@ -226,6 +228,7 @@ int propagate_queue(JunctionTree& jt, double& findings_probability) {
         else any_changed = true;
     }
     if (!any_changed) return kNothingToPropagate;
+    choose_roots(jt);
     Queue queue(jt);
     for (Clique& c : jt.cliques) c.on_queue = false;
     for (Clique& c : jt.cliques) queue.push(c);
@@ -247,6 +250,7 @@ int propagate_queue(JunctionTree& jt, double& findings_probability) {
 
 int propagate(JunctionTree& jt, double& findings_probability) {
     int result = propagate_queue(jt, findings_probability);
+    for (Clique& c : jt.cliques) c.waits = false;
     for (Clique& c : jt.cliques)
         if (c.owed_scale != 1.0f) {  // a root left before distributing
             restore_from_prior(jt, c);

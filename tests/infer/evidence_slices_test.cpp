@@ -175,5 +175,34 @@ TEST_F(EvidenceSlicesTest, QueriesSeeOnlyTheObservedSlice) {
     }
 }
 
+TEST_F(EvidenceSlicesTest, FindingsInSeveralPiecesOfTheTree) {
+    for (unsigned seed = 80; seed <= 85; ++seed) {
+        for (Node* n : std::vector<Node*>(net->nodes.nodes)) delete_node(*n);
+        std::mt19937 rng(seed);
+        random_net(rng, 5, 2, 3);
+        // A second piece, joined to nothing of the first.
+        std::vector<Node*> second;
+        for (int i = 0; i < 5; ++i) {
+            std::vector<Node*> parents;
+            if (i > 0) parents.push_back(second[rng() % second.size()]);
+            if (i > 1 && rng() % 2) {
+                Node* p = second[rng() % second.size()];
+                if (p != parents[0]) parents.push_back(p);
+            }
+            second.push_back(node("m" + std::to_string(i), 2 + static_cast<int>(rng() % 2), parents));
+        }
+        random_tables(rng);
+        net->auto_update = 0;
+        compile_net(*net, {});
+        Node* x = net->nodes.nodes[rng() % 5];
+        enter_finding(*x, possible_state(x, rng()));
+        enter_finding(*second[0], possible_state(second[0], rng()));
+        enter_finding(*second[4], possible_state(second[4], rng()));
+        expect_exact("both pieces, seed " + std::to_string(seed));
+        retract_findings(*x);
+        expect_exact("second piece only, seed " + std::to_string(seed));
+    }
+}
+
 }  // namespace
 }  // namespace ravelo
