@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "base/failure.h"
+#include "infer/prior_rebuild.h"
 #include "infer/table_memory.h"
 
 namespace ravelo {
@@ -76,6 +77,13 @@ void load_one(const JunctionTree& jt, Clique& clique, const Node& node) {
 
 }  // namespace
 
+bool family_within(const JunctionTree& jt, const Clique& clique, const Node& node, std::vector<int>& members) {
+    Sepset family;
+    const bool within = family_in_clique(jt, clique, node, family);
+    members = std::move(family.members);
+    return within;
+}
+
 int member_position(const Clique& clique, int local) {
     for (size_t i = 0; i < clique.members.size(); ++i)
         if (clique.members[i] == local) return static_cast<int>(i);
@@ -127,6 +135,8 @@ void free_tables(JunctionTree& jt) {
     for (Sepset& s : jt.sepsets) s.table = {};
     jt.prior_cliques = {};
     jt.prior_sepsets = {};
+    jt.rebuilt = {};
+    jt.rebuild_factors = {};
     jt.prior_valid = false;
     jt.tables_allocated = false;
 }
@@ -163,11 +173,16 @@ TableWalk sepset_walk(const JunctionTree& jt, const Sepset& sepset) {
 }
 
 const float* current_entries(const JunctionTree& jt, const Clique& clique) {
+    RAVELO_ASSERT(!clique.from_prior || !is_rebuilt(jt, clique));
     return clique.from_prior ? jt.prior_cliques[static_cast<size_t>(clique.index)].data() : clique.table.data();
 }
 
 void restore_from_prior(JunctionTree& jt, Clique& clique) {
     if (!clique.from_prior) return;
+    if (is_rebuilt(jt, clique)) {
+        rebuild_prior(jt, clique);
+        return;
+    }
     const std::vector<float>& prior = jt.prior_cliques[static_cast<size_t>(clique.index)];
     walk_copy(clique_walk(jt, clique, {}), clique.table.data(), prior.data());
     clique.from_prior = false;

@@ -41,4 +41,8 @@ double clique_total(const JunctionTree& jt, const Clique& clique);
 
 int member_position(const Clique& clique, int local);
 
+// The node's family (parents, then the node) when all of it lies in the
+// clique once, so that its table multiplies in through a walk.
+bool family_within(const JunctionTree& jt, const Clique& clique, const Node& node, std::vector<int>& members);
+
 }  // namespace ravelo

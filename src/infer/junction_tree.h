@@ -66,6 +66,19 @@ struct JunctionTree {
     bool prior_valid = false;
     bool keep_prior = true;
 
+    // Cliques whose prior is rebuilt rather than kept: by clique, the factors
+    // whose product it is (empty: kept, or none).
+    struct Factor {
+        std::vector<int> members;
+        std::vector<float> values;
+    };
+    std::vector<std::vector<Factor>> rebuild_factors;
+    std::vector<char> rebuilt;
+    // What collecting passed through each sepset during the prior propagation.
+    bool recording = false;
+    std::vector<int> collected_from;
+    std::vector<std::vector<float>> collected;
+
     // Working space of message passing, sized at compile time.
     std::vector<double> sums;
     std::vector<float> ratio;

@@ -1,6 +1,7 @@
 #include "infer/propagate.h"
 
 #include "infer/clique_tables.h"
+#include "infer/prior_rebuild.h"
 #include "infer/root_choice.h"
 
 namespace ravelo {
@@ -70,6 +71,12 @@ void sum_onto_sepset(JunctionTree& jt, Clique& from, const Sepset& s) {
         from.owed_scale = 1.0f;
         return;
     }
+    if (from.from_prior && is_rebuilt(jt, from)) {
+        rebuild_prior(jt, from, [&](const int* fixed) {
+            walk_sum(make_walk(jt.graph, from.members, s.members, fixed), from.table.data(), jt.sums.data());
+        });
+        return;
+    }
     walk_sum(clique_walk(jt, from, s.members), current_entries(jt, from), jt.sums.data());
 }
 
@@ -82,19 +89,23 @@ void replace_sepset(JunctionTree& jt, Sepset& s) {
 // the same sweep sums the new entries onto it into jt.sums; with none but a
 // total, it sums them all.
 void receive(JunctionTree& jt, Clique& to, const Sepset& s, const Sepset* onward, double* total) {
-    const float* source = current_entries(jt, to);
-    if (onward || total) {
-        double* out = total;
-        if (onward) {
-            walk_clear(sepset_walk(jt, *onward), jt.sums.data());
-            out = jt.sums.data();
-        }
-        const std::vector<int> none;
-        TableWalk w = make_walk(jt.graph, to.members, s.members, jt.fixed.data(), onward ? onward->members : none);
-        walk_multiply_sum(w, to.table.data(), source, jt.ratio.data(), out);
-    } else {
-        walk_multiply(clique_walk(jt, to, s.members), to.table.data(), source, jt.ratio.data());
+    double* out = total;
+    if (onward) {
+        walk_clear(sepset_walk(jt, *onward), jt.sums.data());
+        out = jt.sums.data();
     }
+    const std::vector<int> none;
+    auto sweep = [&](const int* fixed, const float* source) {
+        if (out)
+            walk_multiply_sum(make_walk(jt.graph, to.members, s.members, fixed, onward ? onward->members : none),
+                              to.table.data(), source, jt.ratio.data(), out);
+        else
+            walk_multiply(make_walk(jt.graph, to.members, s.members, fixed), to.table.data(), source, jt.ratio.data());
+    };
+    if (to.from_prior && is_rebuilt(jt, to))
+        rebuild_prior(jt, to, [&](const int* fixed) { sweep(fixed, to.table.data()); });
+    else
+        sweep(jt.fixed.data(), current_entries(jt, to));
     to.from_prior = false;
 }
 
@@ -117,6 +128,7 @@ int send_up(JunctionTree& jt, Queue& queue, Clique& c, const CliqueLink& first, 
         }
         if (!summed) sum_onto_sepset(jt, *from, s);
         replace_sepset(jt, s);
+        record_collected(jt, *from, s);
         const CliqueLink* onward = nullptr;
         const int left = links_in_state(jt, next, kCollected, false, &onward);
         if (left == 0) {

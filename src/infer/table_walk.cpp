@@ -331,6 +331,12 @@ void walk_clear(const TableWalk& w, double* t) {
     });
 }
 
+void walk_fill(const TableWalk& w, float* t, float value) {
+    for_each_run(w, [&](std::size_t e, std::size_t n, std::size_t step) {
+        for (std::size_t i = 0; i < n; ++i) t[e + i * step] = value;
+    });
+}
+
 void walk_scale(const TableWalk& w, float* t, float by) {
     for_each_run(w, [&](std::size_t e, std::size_t n, std::size_t step) {
         for (std::size_t i = 0; i < n; ++i) t[e + i * step] *= by;

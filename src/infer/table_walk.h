@@ -43,6 +43,7 @@ void walk_multiply(const TableWalk& w, float* t, const float* source, const floa
 // t = source over the walked entries.
 void walk_copy(const TableWalk& w, float* t, const float* source);
 void walk_clear(const TableWalk& w, double* t);
+void walk_fill(const TableWalk& w, float* t, float value);
 void walk_scale(const TableWalk& w, float* t, float by);
 double walk_total(const TableWalk& w, const float* t);
 // t = source * factor (over the target) while out (over the second target)

@@ -6,6 +6,7 @@
 #include "base/text.h"
 #include "infer/clique_tables.h"
 #include "infer/compile.h"
+#include "infer/prior_rebuild.h"
 #include "infer/propagate.h"
 #include "infer/table_memory.h"
 
@@ -49,11 +50,19 @@ bool ensure_prior(JunctionTree& jt) {
     if (!jt.keep_prior) return false;
     load_node_tables(jt);
     for (Clique& c : jt.cliques) c.state = kChanged;
+    plan_rebuilds(jt);
     double probability = 1.0;
-    if (propagate(jt, probability) < 0) return false;
+    if (propagate(jt, probability) < 0) {
+        drop_rebuilds(jt);
+        return false;
+    }
+    finish_rebuilds(jt);
     jt.prior_cliques.resize(jt.cliques.size());
     jt.prior_sepsets.resize(jt.sepsets.size());
-    for (size_t i = 0; i < jt.cliques.size(); ++i) copy_table(jt.prior_cliques[i], jt.cliques[i].table);
+    for (size_t i = 0; i < jt.cliques.size(); ++i) {
+        if (is_rebuilt(jt, jt.cliques[i])) jt.prior_cliques[i] = {};
+        else copy_table(jt.prior_cliques[i], jt.cliques[i].table);
+    }
     for (size_t i = 0; i < jt.sepsets.size(); ++i) copy_table(jt.prior_sepsets[i], jt.sepsets[i].table);
     jt.prior_valid = true;
     return true;
@@ -63,7 +72,7 @@ void load_tables_and_findings(Net& net, JunctionTree& jt) {
     std::fill(jt.fixed.begin(), jt.fixed.end(), -1);
     if (ensure_prior(jt)) {
         for (Clique& c : jt.cliques) {
-            c.from_prior = true;  // copied when first changed
+            c.from_prior = true;  // copied (or rebuilt) when first changed
             c.state = kUnchanged;
         }
         for (auto& a : jt.applied) a.clear();
