@@ -132,7 +132,10 @@ void free_tables(JunctionTree& jt) {
         c.table = {};
         c.from_prior = false;
     }
-    for (Sepset& s : jt.sepsets) s.table = {};
+    for (Sepset& s : jt.sepsets) {
+        s.table = {};
+        s.from_prior = false;
+    }
     jt.prior_cliques = {};
     jt.prior_sepsets = {};
     jt.rebuilt = {};
@@ -148,7 +151,10 @@ void load_node_tables(JunctionTree& jt) {
         for (const Node* n : c.homed) load_one(jt, c, *n);
         c.rebuild = false;
     }
-    for (Sepset& s : jt.sepsets) std::fill(s.table.begin(), s.table.end(), 1.0f);
+    for (Sepset& s : jt.sepsets) {
+        std::fill(s.table.begin(), s.table.end(), 1.0f);
+        s.from_prior = false;
+    }
     for (auto& a : jt.applied) a.clear();
 }
 
@@ -186,6 +192,13 @@ void restore_from_prior(JunctionTree& jt, Clique& clique) {
     const std::vector<float>& prior = jt.prior_cliques[static_cast<size_t>(clique.index)];
     walk_copy(clique_walk(jt, clique, {}), clique.table.data(), prior.data());
     clique.from_prior = false;
+}
+
+void restore_from_prior(JunctionTree& jt, Sepset& sepset) {
+    if (!sepset.from_prior) return;
+    const std::vector<float>& prior = jt.prior_sepsets[static_cast<size_t>(&sepset - jt.sepsets.data())];
+    walk_copy(sepset_walk(jt, sepset), sepset.table.data(), prior.data());
+    sepset.from_prior = false;
 }
 
 void member_sums(const JunctionTree& jt, const Clique& clique, int local, int num_states, double* out) {

@@ -31,8 +31,9 @@ TableWalk sepset_walk(const JunctionTree& jt, const Sepset& sepset);
 
 // The clique's current entries, whether still those of the kept prior or not.
 const float* current_entries(const JunctionTree& jt, const Clique& clique);
-// Copies the kept prior into a clique whose table still stands for it.
+// Copies the kept prior into a clique (sepset) whose table still stands for it.
 void restore_from_prior(JunctionTree& jt, Clique& clique);
+void restore_from_prior(JunctionTree& jt, Sepset& sepset);
 
 // Sums of the clique's entries that agree with the hard findings onto one
 // member's states (out: num_states doubles), and of all of them.

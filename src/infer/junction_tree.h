@@ -14,6 +14,7 @@ struct Sepset {
     double size = 1.0;
     bool blocked = false;
     std::vector<float> table;  // the last message passed through it
+    bool from_prior = false;   // the table still stands for the kept prior's
 };
 
 struct CliqueLink {

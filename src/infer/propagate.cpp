@@ -82,7 +82,9 @@ void sum_onto_sepset(JunctionTree& jt, Clique& from, const Sepset& s) {
 
 // The sepset takes the sums in jt.sums; jt.ratio gets the message.
 void replace_sepset(JunctionTree& jt, Sepset& s) {
-    walk_replace(sepset_walk(jt, s), jt.sums.data(), s.table.data(), jt.ratio.data());
+    const float* old = s.from_prior ? jt.prior_sepsets[static_cast<size_t>(&s - jt.sepsets.data())].data() : s.table.data();
+    walk_replace(sepset_walk(jt, s), jt.sums.data(), old, s.table.data(), jt.ratio.data());
+    s.from_prior = false;
 }
 
 // Multiplies the message in jt.ratio into the clique.  With an onward sepset
@@ -269,8 +271,9 @@ int propagate(JunctionTree& jt, double& findings_probability) {
             walk_scale(clique_walk(jt, c, {}), c.table.data(), c.owed_scale);
             c.owed_scale = 1.0f;
         }
-    // Cliques nothing reached still stand for the prior: give them its entries.
+    // Tables nothing reached still stand for the prior: give them its entries.
     for (Clique& c : jt.cliques) restore_from_prior(jt, c);
+    for (size_t i = 0; i < jt.sepsets.size(); ++i) restore_from_prior(jt, jt.sepsets[i]);
     return result;
 }
 

@@ -353,12 +353,12 @@ double walk_total(const TableWalk& w, const float* t) {
     return total;
 }
 
-void walk_replace(const TableWalk& w, const double* fresh, float* sepset, float* ratio) {
+void walk_replace(const TableWalk& w, const double* fresh, const float* old_table, float* sepset, float* ratio) {
     for_each_run(w, [&](std::size_t e, std::size_t n, std::size_t step) {
         for (std::size_t i = 0; i < n; ++i) {
             const std::size_t x = e + i * step;
             const float now = static_cast<float>(fresh[x]);
-            const float old = sepset[x];
+            const float old = old_table[x];
             ratio[x] = old == 0.0f ? 0.0f : now / old;
             sepset[x] = now;
         }

@@ -51,7 +51,8 @@ double walk_total(const TableWalk& w, const float* t);
 void walk_multiply_sum(const TableWalk& w, float* t, const float* source, const float* factor, double* out);
 
 // Over a sepset's own walk: the sepset takes the fresh sums and ratio the
-// factor by which they change it (0 where it held 0).
-void walk_replace(const TableWalk& w, const double* fresh, float* sepset, float* ratio);
+// factor by which they change it from 'old' (0 where it held 0; old may be
+// the sepset itself).
+void walk_replace(const TableWalk& w, const double* fresh, const float* old, float* sepset, float* ratio);
 
 }  // namespace ravelo

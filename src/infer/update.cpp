@@ -76,10 +76,8 @@ void load_tables_and_findings(Net& net, JunctionTree& jt) {
             c.state = kUnchanged;
         }
         for (auto& a : jt.applied) a.clear();
+        for (Sepset& s : jt.sepsets) s.from_prior = true;  // read from the prior until replaced
         apply_all_findings(jt);
-        // Only the slices the findings leave are ever read.
-        for (size_t i = 0; i < jt.sepsets.size(); ++i)
-            walk_copy(sepset_walk(jt, jt.sepsets[i]), jt.sepsets[i].table.data(), jt.prior_sepsets[i].data());
     } else {
         load_node_tables(jt);
         for (Clique& c : jt.cliques) c.state = kChanged;
