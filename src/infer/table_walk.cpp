@@ -2,13 +2,16 @@
 
 #include <algorithm>
 
+#include "base/failure.h"
+
 namespace ravelo {
 
 namespace {
 
 // The stride in a table over 'target' of each of the members (0 when outside).
-std::vector<std::size_t> strides_in(const Graph& g, const std::vector<int>& members, const std::vector<int>& target) {
-    std::vector<std::size_t> stride(members.size(), 0);
+void strides_in(const Graph& g, const std::vector<int>& members, const std::vector<int>& target,
+                std::vector<std::size_t>& stride) {
+    stride.assign(members.size(), 0);
     std::size_t step = 1;
     for (std::size_t j = target.size(); j-- > 0;) {
         for (std::size_t i = 0; i < members.size(); ++i)
@@ -18,7 +21,6 @@ std::vector<std::size_t> strides_in(const Graph& g, const std::vector<int>& memb
             }
         step *= static_cast<std::size_t>(g.states(target[j]));
     }
-    return stride;
 }
 
 }  // namespace
@@ -27,9 +29,10 @@ TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::
                     const int* fixed, const std::vector<int>& second) {
     TableWalk w;
     const std::size_t k = members.size();
-    const std::vector<std::size_t> target_stride = strides_in(g, members, target);
-    const std::vector<std::size_t> second_stride = strides_in(g, members, second);
-    std::vector<WalkDim> inward;  // innermost first while building
+    thread_local std::vector<std::size_t> target_stride, second_stride;  // kept to spare allocations
+    strides_in(g, members, target, target_stride);
+    strides_in(g, members, second, second_stride);
+    WalkDims inward;  // innermost first while building
     std::size_t stride = 1;
     for (std::size_t i = k; i-- > 0;) {
         const std::size_t n = static_cast<std::size_t>(g.states(members[i]));
@@ -40,18 +43,21 @@ TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::
             w.target_start += target_stride[i] * static_cast<std::size_t>(s);
             w.second_start += second_stride[i] * static_cast<std::size_t>(s);
         } else if (n > 1) {
-            WalkDim* inner = inward.empty() ? nullptr : &inward.back();
+            WalkDim* inner = inward.count ? &inward.at[inward.count - 1] : nullptr;
             if (inner && inner->step * inner->count == stride &&
                 inner->target_step * inner->count == target_stride[i] &&
                 inner->second_step * inner->count == second_stride[i])
                 inner->count *= n;
-            else
-                inward.push_back({n, stride, target_stride[i], second_stride[i]});
+            else {
+                RAVELO_ASSERT(inward.count < kMaxWalkDims);
+                inward.at[inward.count++] = {n, stride, target_stride[i], second_stride[i]};
+            }
         }
         stride *= n;
     }
-    while (inward.size() < 2) inward.push_back({1, 0, 0, 0});
-    w.dims.assign(inward.rbegin(), inward.rend());
+    while (inward.count < 2) inward.at[inward.count++] = {1, 0, 0, 0};
+    for (std::size_t i = 0; i < inward.count; ++i) w.dims.at[i] = inward.at[inward.count - 1 - i];
+    w.dims.count = inward.count;
     return w;
 }
 
@@ -63,7 +69,7 @@ template <class Block>
 void for_each_block(const TableWalk& w, Block&& block) {
     if (w.empty) return;
     const std::size_t outer = w.dims.size() - 2;
-    std::vector<std::size_t> count(outer, 0);
+    std::size_t count[kMaxWalkDims] = {};
     std::size_t e = w.start, t = w.target_start;
     for (;;) {
         block(e, t);
@@ -94,7 +100,7 @@ template <class Block>
 void for_each_block3(const TableWalk& w, Block&& block) {
     if (w.empty) return;
     const std::size_t outer = w.dims.size() - 2;
-    std::vector<std::size_t> count(outer, 0);
+    std::size_t count[kMaxWalkDims] = {};
     std::size_t e = w.start, t = w.target_start, u = w.second_start;
     for (;;) {
         block(e, t, u);
