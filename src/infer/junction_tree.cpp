@@ -144,6 +144,7 @@ void build_junction_tree(JunctionTree& jt, Net& net, std::vector<std::vector<int
     choose_belief_cliques(jt);
     assign_home_cliques(jt, net);
     jt.applied.assign(jt.graph.nodes.size(), {});
+    jt.fixed.assign(jt.graph.nodes.size(), -1);
     jt.expected_utils.assign(jt.graph.nodes.size(), {});
 }
 

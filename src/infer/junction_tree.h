@@ -1,6 +1,5 @@
 // The compiled form of a net: cliques joined into one tree by sepsets, with
-// flat float tables and the index maps between cliques and sepsets that make
-// passing a message a pair of tight loops.
+// flat float tables.
 #pragma once
 #include <cstdint>
 #include <vector>
@@ -9,29 +8,13 @@
 
 namespace ravelo {
 
-// Maps a clique's entries onto a sepset's.  Clique and sepset members stand
-// in one order (latest eliminated first), so the clique's fastest-varying
-// members form two segments: the innermost of 'inner' entries, and before it
-// 'middle' blocks of the other kind.  When the innermost members lie outside
-// the sepset ('spread' false) each inner block sums onto one sepset entry and
-// successive blocks onto successive entries; when they lie inside, each block
-// spreads over 'inner' consecutive entries and successive blocks fall on the
-// same ones.  run_base holds the sepset entry at the start of each run of
-// inner x middle clique entries.
-struct IndexMap {
-    std::size_t inner = 1;
-    std::size_t middle = 1;
-    bool spread = false;
-    std::vector<std::uint32_t> run_base;
-};
-
 struct Sepset {
     int near = -1, far = -1;   // clique indexes, near < far
     std::vector<int> members;  // local indexes, in the cliques' order
     double size = 1.0;
     bool blocked = false;
-    IndexMap near_map, far_map;
     std::vector<float> table;  // the last message passed through it
+    bool from_prior = false;   // the table still stands for the kept prior's
 };
 
 struct CliqueLink {
@@ -52,6 +35,10 @@ struct Clique {
     // The table's content is still the kept prior's: copied (or multiplied
     // in one pass) only when first changed.
     bool from_prior = false;
+    // A root's normalising factor, applied by the sweep that sends its first
+    // message rather than by a sweep of its own.
+    float owed_scale = 1.0f;
+    bool waits = false;  // the chosen root: never sends while collecting
     std::vector<Node*> homed;  // nodes whose tables load here
 };
 
@@ -68,6 +55,9 @@ struct JunctionTree {
     // What is multiplied into the clique tables for each node (empty: nothing).
     std::vector<std::vector<float>> applied;
     std::vector<int> pending;         // local indexes whose findings changed since
+    // By local index, the state of a hard finding the tables hold (-1: none):
+    // every table walk skips the entries that disagree with it.
+    std::vector<int> fixed;
     std::vector<std::vector<double>> expected_utils;  // by local index, handed to callers
     bool tables_allocated = false;
 
@@ -76,6 +66,19 @@ struct JunctionTree {
     std::vector<std::vector<float>> prior_cliques, prior_sepsets;
     bool prior_valid = false;
     bool keep_prior = true;
+
+    // Cliques whose prior is rebuilt rather than kept: by clique, the factors
+    // whose product it is (empty: kept, or none).
+    struct Factor {
+        std::vector<int> members;
+        std::vector<float> values;
+    };
+    std::vector<std::vector<Factor>> rebuild_factors;
+    std::vector<char> rebuilt;
+    // What collecting passed through each sepset during the prior propagation.
+    bool recording = false;
+    std::vector<int> collected_from;
+    std::vector<std::vector<float>> collected;
 
     // Working space of message passing, sized at compile time.
     std::vector<double> sums;

@@ -1,6 +1,8 @@
 #include "infer/propagate.h"
 
 #include "infer/clique_tables.h"
+#include "infer/prior_rebuild.h"
+#include "infer/root_choice.h"
 
 namespace ravelo {
 namespace {
@@ -36,47 +38,168 @@ void set_state(JunctionTree& jt, Queue& queue, Clique& c, int state) {
     for (const CliqueLink& link : c.links) queue.push(jt.cliques[link.neighbour]);
 }
 
-int normalise_root(JunctionTree& jt, Clique& c, double& findings_probability) {
-    restore_from_prior(jt, c);
-    double sum = table_sum(c.table);
+// The root's sum is the probability of the findings (times what earlier
+// roots gave); the division by it is owed until the root's first sweep.
+int normalise_root(Clique& c, double sum, double& findings_probability) {
     if (!(sum > 0.0)) {
         findings_probability = 0.0;
         return kZeroProbability;
     }
-    const float scale = static_cast<float>(1.0 / sum);
-    for (float& x : c.table) x *= scale;
+    c.owed_scale = static_cast<float>(1.0 / sum);
     findings_probability *= sum;
     return kPropagated;
 }
 
+// Links of c to neighbours in the given state, and the last of them.
+int links_in_state(const JunctionTree& jt, const Clique& c, int state, bool equal, const CliqueLink** last) {
+    int count = 0;
+    for (const CliqueLink& link : c.links)
+        if ((jt.cliques[link.neighbour].state == state) == equal) {
+            ++count;
+            *last = &link;
+        }
+    return count;
+}
+
+// jt.sums receives the sender's sums onto the sepset.
+void sum_onto_sepset(JunctionTree& jt, Clique& from, const Sepset& s) {
+    walk_clear(sepset_walk(jt, s), jt.sums.data());
+    if (from.owed_scale != 1.0f) {
+        // Scales the sender in the same sweep.
+        TableWalk w = make_walk(jt.graph, from.members, {}, jt.fixed.data(), s.members);
+        walk_multiply_sum(w, from.table.data(), from.table.data(), &from.owed_scale, jt.sums.data());
+        from.owed_scale = 1.0f;
+        return;
+    }
+    if (from.from_prior && is_rebuilt(jt, from)) {
+        rebuild_prior(jt, from, [&](const int* fixed) {
+            walk_sum(make_walk(jt.graph, from.members, s.members, fixed), from.table.data(), jt.sums.data());
+        });
+        return;
+    }
+    walk_sum(clique_walk(jt, from, s.members), current_entries(jt, from), jt.sums.data());
+}
+
+// The sepset takes the sums in jt.sums; jt.ratio gets the message.
+void replace_sepset(JunctionTree& jt, Sepset& s) {
+    const float* old = s.from_prior ? jt.prior_sepsets[static_cast<size_t>(&s - jt.sepsets.data())].data() : s.table.data();
+    walk_replace(sepset_walk(jt, s), jt.sums.data(), old, s.table.data(), jt.ratio.data());
+    s.from_prior = false;
+}
+
+// Multiplies the message in jt.ratio into the clique.  With an onward sepset
+// the same sweep sums the new entries onto it into jt.sums; with none but a
+// total, it sums them all.
+void receive(JunctionTree& jt, Clique& to, const Sepset& s, const Sepset* onward, double* total) {
+    double* out = total;
+    if (onward) {
+        walk_clear(sepset_walk(jt, *onward), jt.sums.data());
+        out = jt.sums.data();
+    }
+    const std::vector<int> none;
+    auto sweep = [&](const int* fixed, const float* source) {
+        if (out)
+            walk_multiply_sum(make_walk(jt.graph, to.members, s.members, fixed, onward ? onward->members : none),
+                              to.table.data(), source, jt.ratio.data(), out);
+        else
+            walk_multiply(make_walk(jt.graph, to.members, s.members, fixed), to.table.data(), source, jt.ratio.data());
+    };
+    if (to.from_prior && is_rebuilt(jt, to))
+        rebuild_prior(jt, to, [&](const int* fixed) { sweep(fixed, to.table.data()); });
+    else
+        sweep(jt.fixed.data(), current_entries(jt, to));
+    to.from_prior = false;
+}
+
+// A changed clique with one uncollected neighbour sends it its message.  When
+// that leaves the neighbour with one uncollected neighbour of its own, the
+// sweep that takes the message in makes the neighbour's message too, which
+// follows at once, and so on; when it leaves none, the neighbour is the root.
+int send_up(JunctionTree& jt, Queue& queue, Clique& c, const CliqueLink& first, double& findings_probability) {
+    Clique* from = &c;
+    const CliqueLink* link = &first;
+    bool summed = false;
+    for (;;) {
+        Sepset& s = jt.sepsets[link->sepset];
+        Clique& next = jt.cliques[link->neighbour];
+        set_state(jt, queue, *from, kCollected);
+        if (s.blocked || next.state == kReset) {
+            if (!s.blocked) pass_message(jt, *from, *link);
+            if (next.state != kReset) set_state(jt, queue, next, kChanged);
+            return kPropagated;
+        }
+        if (!summed) sum_onto_sepset(jt, *from, s);
+        replace_sepset(jt, s);
+        record_collected(jt, *from, s);
+        const CliqueLink* onward = nullptr;
+        const int left = links_in_state(jt, next, kCollected, false, &onward);
+        if (left == 0) {
+            double total = 0.0;
+            receive(jt, next, s, nullptr, &total);
+            set_state(jt, queue, next, kReceiving);
+            return normalise_root(next, total, findings_probability);
+        }
+        const bool onward_now = left == 1 && !next.waits;
+        receive(jt, next, s, onward_now ? &jt.sepsets[onward->sepset] : nullptr, nullptr);
+        set_state(jt, queue, next, kChanged);
+        if (!onward_now) return kPropagated;
+        from = &next;
+        link = onward;
+        summed = true;
+    }
+}
+
 int collect(JunctionTree& jt, Queue& queue, Clique& c, double& findings_probability) {
     const CliqueLink* remaining = nullptr;
-    int uncollected = 0;
-    for (const CliqueLink& link : c.links)
-        if (jt.cliques[link.neighbour].state != kCollected) {
-            ++uncollected;
-            remaining = &link;
-        }
-    if (uncollected >= 2) return kPropagated;
+    const int uncollected = links_in_state(jt, c, kCollected, false, &remaining);
+    if (uncollected >= 2 || (uncollected == 1 && c.waits)) return kPropagated;
     if (uncollected == 1) {
-        Clique& next = jt.cliques[remaining->neighbour];
-        if (c.state == kChanged) {
-            pass_message(jt, c, *remaining);
-            if (next.state != kReset) set_state(jt, queue, next, kChanged);
-        }
+        if (c.state == kChanged) return send_up(jt, queue, c, *remaining, findings_probability);
         set_state(jt, queue, c, kCollected);
         return kPropagated;
     }
     set_state(jt, queue, c, kReceiving);
-    return normalise_root(jt, c, findings_probability);
+    restore_from_prior(jt, c);
+    return normalise_root(c, walk_total(clique_walk(jt, c, {}), c.table.data()), findings_probability);
+}
+
+// Sends c's message down the link, then on down the receiver's first
+// uncollected neighbour, whose message the receiving sweep makes, and so on.
+void send_down(JunctionTree& jt, Queue& queue, Clique& c, const CliqueLink& first) {
+    Clique* from = &c;
+    const CliqueLink* link = &first;
+    bool summed = false;
+    for (;;) {
+        Sepset& s = jt.sepsets[link->sepset];
+        Clique& next = jt.cliques[link->neighbour];
+        if (s.blocked) {
+            set_state(jt, queue, next, kReceiving);
+            return;
+        }
+        if (!summed) sum_onto_sepset(jt, *from, s);
+        replace_sepset(jt, s);
+        const CliqueLink* onward = nullptr;
+        for (const CliqueLink& l : next.links)
+            if (jt.cliques[l.neighbour].state == kCollected) {
+                onward = &l;
+                break;
+            }
+        receive(jt, next, s, onward ? &jt.sepsets[onward->sepset] : nullptr, nullptr);
+        set_state(jt, queue, next, kReceiving);
+        if (!onward || jt.sepsets[onward->sepset].blocked) return;
+        from = &next;
+        link = onward;
+        summed = true;
+    }
 }
 
 int distribute(JunctionTree& jt, Queue& queue, Clique& c) {
-    for (const CliqueLink& link : c.links) {
-        Clique& next = jt.cliques[link.neighbour];
-        if (next.state != kCollected) continue;
-        pass_message(jt, c, link);
-        set_state(jt, queue, next, kReceiving);
+    for (const CliqueLink& link : c.links)
+        if (jt.cliques[link.neighbour].state == kCollected) send_down(jt, queue, c, link);
+    if (c.owed_scale != 1.0f) {
+        restore_from_prior(jt, c);
+        walk_scale(clique_walk(jt, c, {}), c.table.data(), c.owed_scale);
+        c.owed_scale = 1.0f;
     }
     set_state(jt, queue, c, kDone);
     return kPropagated;
@@ -105,22 +228,9 @@ int process(JunctionTree& jt, Queue& queue, Clique& c, int mode, double& finding
 void pass_message(JunctionTree& jt, Clique& from, const CliqueLink& link) {
     Sepset& s = jt.sepsets[link.sepset];
     if (s.blocked) return;
-    const bool from_near = s.near == from.index;
-    const IndexMap& out_map = from_near ? s.near_map : s.far_map;
-    const IndexMap& in_map = from_near ? s.far_map : s.near_map;
-    const std::size_t n = s.table.size();
-    double* sums = jt.sums.data();
-    float* ratio = jt.ratio.data();
-    sum_onto(current_entries(jt, from), out_map, sums, n);
-    for (std::size_t i = 0; i < n; ++i) {
-        const float fresh = static_cast<float>(sums[i]);
-        const float old = s.table[i];
-        ratio[i] = old == 0.0f ? 0.0f : fresh / old;
-        s.table[i] = fresh;
-    }
-    Clique& to = jt.cliques[link.neighbour];
-    multiply_by(to, in_map, ratio, current_entries(jt, to));
-    to.from_prior = false;
+    sum_onto_sepset(jt, from, s);
+    replace_sepset(jt, s);
+    receive(jt, jt.cliques[link.neighbour], s, nullptr, nullptr);
 }
 
 namespace {
@@ -132,6 +242,7 @@ int propagate_queue(JunctionTree& jt, double& findings_probability) {
         else any_changed = true;
     }
     if (!any_changed) return kNothingToPropagate;
+    choose_roots(jt);
     Queue queue(jt);
     for (Clique& c : jt.cliques) c.on_queue = false;
     for (Clique& c : jt.cliques) queue.push(c);
@@ -153,8 +264,16 @@ int propagate_queue(JunctionTree& jt, double& findings_probability) {
 
 int propagate(JunctionTree& jt, double& findings_probability) {
     int result = propagate_queue(jt, findings_probability);
-    // Cliques nothing reached still stand for the prior: give them its entries.
+    for (Clique& c : jt.cliques) c.waits = false;
+    for (Clique& c : jt.cliques)
+        if (c.owed_scale != 1.0f) {  // a root left before distributing
+            restore_from_prior(jt, c);
+            walk_scale(clique_walk(jt, c, {}), c.table.data(), c.owed_scale);
+            c.owed_scale = 1.0f;
+        }
+    // Tables nothing reached still stand for the prior: give them its entries.
     for (Clique& c : jt.cliques) restore_from_prior(jt, c);
+    for (size_t i = 0; i < jt.sepsets.size(); ++i) restore_from_prior(jt, jt.sepsets[i]);
     return result;
 }
 

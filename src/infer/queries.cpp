@@ -1,5 +1,6 @@
 #include "infer/queries.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "base/failure.h"
@@ -61,11 +62,14 @@ private:
 
 void pass_max(JunctionTree& jt, Clique& from, const CliqueLink& link) {
     Sepset& s = jt.sepsets[link.sepset];
-    const bool from_near = s.near == from.index;
+    Clique& to = jt.cliques[link.neighbour];
     const std::size_t n = s.table.size();
-    max_onto(from, from_near ? s.near_map : s.far_map, jt.sums.data(), n);
+    std::fill(jt.sums.begin(), jt.sums.begin() + static_cast<long>(n), 0.0);
+    // The tables hold every entry here, so the walks skip nothing.
+    walk_max(make_walk(jt.graph, from.members, s.members, nullptr), from.table.data(), jt.sums.data());
     for (std::size_t i = 0; i < n; ++i) jt.ratio[i] = static_cast<float>(jt.sums[i]);
-    multiply_by(jt.cliques[link.neighbour], from_near ? s.far_map : s.near_map, jt.ratio.data());
+    walk_multiply(make_walk(jt.graph, to.members, s.members, nullptr), to.table.data(), to.table.data(),
+                  jt.ratio.data());
 }
 
 // The clique entry of greatest value among those agreeing with 'chosen'
@@ -117,7 +121,7 @@ double joint_probability(Net& net, const std::vector<Node*>& nodes, const int* s
             pass_message(jt, jt.cliques[c], *walk.up[c]);
             changed[walk.up[c]->neighbour] = 1;
         } else {
-            total *= changed[c] ? table_sum(jt.cliques[c].table) : 1.0;
+            total *= changed[c] ? clique_total(jt, jt.cliques[c]) : 1.0;
         }
     }
     return total;
@@ -159,7 +163,7 @@ double expected_utility(Net& net) {
             family.size *= q->num_states();
         }
         p.assign(static_cast<size_t>(family.size), 0.0);
-        sum_onto(c, make_family_map(jt, c, family), p.data(), p.size());
+        walk_sum(clique_walk(jt, c, family.members), c.table.data(), p.data());
         double mass = 0.0, sum = 0.0;
         for (size_t r = 0; r < p.size(); ++r) {
             mass += p[r];

@@ -1,21 +1,46 @@
 #include "infer/update.h"
 
+#include <algorithm>
+
 #include "base/failure.h"
 #include "base/text.h"
 #include "infer/clique_tables.h"
 #include "infer/compile.h"
+#include "infer/prior_rebuild.h"
 #include "infer/propagate.h"
+#include "infer/table_memory.h"
 
 namespace ravelo {
 namespace {
 
+int hard_state(const Node& node) {
+    const int s = node.finding.state;
+    return s >= 0 && s < node.num_states() ? s : -1;
+}
+
+// A hard finding multiplies nothing: from now on every clique and sepset
+// holding the node works only on the entries of the observed state.  Only the
+// home clique counts as changed: every other clique holding the node reaches
+// the root through a sepset holding it, or lies on the home clique's way there.
 void apply_finding(JunctionTree& jt, int v, std::vector<float> likelihood) {
     Node* node = jt.graph.nodes[v];
     Clique& c = jt.cliques[node->home_clique];
-    restore_from_prior(jt, c);
-    multiply_by_states(c, member_position(c, v), node->num_states(), likelihood.data());
+    const int state = hard_state(*node);
+    if (state >= 0) {
+        jt.fixed[static_cast<size_t>(v)] = state;
+    } else {
+        restore_from_prior(jt, c);
+        walk_multiply(clique_walk(jt, c, {v}), c.table.data(), c.table.data(), likelihood.data());
+    }
     c.state = kChanged;
     jt.applied[v] = std::move(likelihood);
+}
+
+void apply_all_findings(JunctionTree& jt) {
+    for (int v = 0; v < jt.graph.size(); ++v) {
+        std::vector<float> likelihood = finding_likelihood(*jt.graph.nodes[v]);
+        if (!likelihood.empty()) apply_finding(jt, v, std::move(likelihood));
+    }
 }
 
 // The propagated tables without findings: made once after the node tables
@@ -25,31 +50,38 @@ bool ensure_prior(JunctionTree& jt) {
     if (!jt.keep_prior) return false;
     load_node_tables(jt);
     for (Clique& c : jt.cliques) c.state = kChanged;
+    plan_rebuilds(jt);
     double probability = 1.0;
-    if (propagate(jt, probability) < 0) return false;
+    if (propagate(jt, probability) < 0) {
+        drop_rebuilds(jt);
+        return false;
+    }
+    finish_rebuilds(jt);
     jt.prior_cliques.resize(jt.cliques.size());
     jt.prior_sepsets.resize(jt.sepsets.size());
-    for (size_t i = 0; i < jt.cliques.size(); ++i) jt.prior_cliques[i] = jt.cliques[i].table;
-    for (size_t i = 0; i < jt.sepsets.size(); ++i) jt.prior_sepsets[i] = jt.sepsets[i].table;
+    for (size_t i = 0; i < jt.cliques.size(); ++i) {
+        if (is_rebuilt(jt, jt.cliques[i])) jt.prior_cliques[i] = {};
+        else copy_table(jt.prior_cliques[i], jt.cliques[i].table);
+    }
+    for (size_t i = 0; i < jt.sepsets.size(); ++i) copy_table(jt.prior_sepsets[i], jt.sepsets[i].table);
     jt.prior_valid = true;
     return true;
 }
 
 void load_tables_and_findings(Net& net, JunctionTree& jt) {
+    std::fill(jt.fixed.begin(), jt.fixed.end(), -1);
     if (ensure_prior(jt)) {
-        for (size_t i = 0; i < jt.cliques.size(); ++i) {
-            jt.cliques[i].from_prior = true;  // copied when first changed
-            jt.cliques[i].state = kUnchanged;
+        for (Clique& c : jt.cliques) {
+            c.from_prior = true;  // copied (or rebuilt) when first changed
+            c.state = kUnchanged;
         }
-        for (size_t i = 0; i < jt.sepsets.size(); ++i) jt.sepsets[i].table = jt.prior_sepsets[i];
         for (auto& a : jt.applied) a.clear();
+        for (Sepset& s : jt.sepsets) s.from_prior = true;  // read from the prior until replaced
+        apply_all_findings(jt);
     } else {
         load_node_tables(jt);
         for (Clique& c : jt.cliques) c.state = kChanged;
-    }
-    for (int v = 0; v < jt.graph.size(); ++v) {
-        std::vector<float> likelihood = finding_likelihood(*jt.graph.nodes[v]);
-        if (!likelihood.empty()) apply_finding(jt, v, std::move(likelihood));
+        apply_all_findings(jt);
     }
     jt.pending.clear();
     net.findings_probability = 1.0;
@@ -146,7 +178,7 @@ void read_beliefs(Node& node) {
     if (v < 0 || n == 0) return;
     const Clique& c = jt.cliques[jt.belief_clique[v]];
     double* sums = jt.sums.data();  // sized for the widest node at allocation
-    member_sums(c, member_position(c, v), n, sums);
+    member_sums(jt, c, v, n, sums);
     double total = 0.0;
     for (int i = 0; i < n; ++i) total += sums[i];
     if (total > 0.0)
