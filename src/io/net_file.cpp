@@ -53,7 +53,7 @@ void refuse_time_delays(const Net& net, const std::string& name) {
     for (const Node* n : net.nodes.nodes)
         for (size_t k = 0; k < n->parents.nodes.size(); ++k)
             if (is_delayed_link(*n, k))
-                fail(3406, "can't write >-net '%s' to file '%s', because the link from >-node '%s' to >-node '%s' "
+                fail(3410, "can't write >-net '%s' to file '%s', because the link from >-node '%s' to >-node '%s' "
                            "has a time delay, which that format can't express",
                      net.name.c_str(), name.c_str(), n->parents.nodes[k]->name.c_str(), n->name.c_str());
 }
