@@ -9,22 +9,6 @@ namespace {
 
 class BeliefsTest : public NetTest {
 protected:
-    void expect_exact(const char* what) {
-        update_beliefs(*net);
-        std::vector<std::vector<int>> configs;
-        std::vector<double> joint = brute_joint(&configs);
-        double evidence = 0;
-        for (double p : joint) evidence += p;
-        for (Node* n : net->nodes.nodes) {
-            read_beliefs(*n);
-            std::vector<double> want(static_cast<size_t>(n->num_states()), 0.0);
-            for (size_t c = 0; c < joint.size(); ++c)
-                want[static_cast<size_t>(configs[c][static_cast<size_t>(n->index)])] += joint[c] / evidence;
-            for (size_t i = 0; i < want.size(); ++i)
-                ASSERT_NEAR(n->beliefs[i], want[i], 2e-6) << what << " node " << n->name << " state " << i;
-        }
-        EXPECT_NEAR(net->findings_probability, evidence, 1e-6 * std::max(evidence, 1e-3)) << what;
-    }
     void fresh_random_net(unsigned seed, int nodes, int parents) {
         for (Node* n : std::vector<Node*>(net->nodes.nodes)) delete_node(*n);
         std::mt19937 rng(seed);

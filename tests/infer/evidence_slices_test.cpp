@@ -25,22 +25,6 @@ protected:
         net->auto_update = 0;
         compile_net(*net, {});
     }
-    void expect_exact(const std::string& what) {
-        update_beliefs(*net);
-        std::vector<std::vector<int>> configs;
-        std::vector<double> joint = brute_joint(&configs);
-        double evidence = 0;
-        for (double p : joint) evidence += p;
-        for (Node* n : net->nodes.nodes) {
-            read_beliefs(*n);
-            std::vector<double> want(static_cast<size_t>(n->num_states()), 0.0);
-            for (size_t c = 0; c < joint.size(); ++c)
-                want[static_cast<size_t>(configs[c][static_cast<size_t>(n->index)])] += joint[c] / evidence;
-            for (size_t i = 0; i < want.size(); ++i)
-                ASSERT_NEAR(n->beliefs[i], want[i], 2e-6) << what << " node " << n->name << " state " << i;
-        }
-        EXPECT_NEAR(net->findings_probability, evidence, 1e-6 * std::max(evidence, 1e-3)) << what;
-    }
     // The nodes of the largest clique, in the clique's order.
     std::vector<Node*> largest_clique() const {
         const JunctionTree& jt = *tree_of(*net);

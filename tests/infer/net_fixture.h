@@ -3,6 +3,7 @@
 #pragma once
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <string>
@@ -11,6 +12,7 @@
 #include "base/environment.h"
 #include "base/failure.h"
 #include "base/report.h"
+#include "infer/update.h"
 #include "net/ops.h"
 
 namespace ravelo {
@@ -71,6 +73,24 @@ protected:
     }
 
     // Joint weight of every configuration, times the findings' likelihoods.
+    // Every node's beliefs and the probability of the findings, against the joint enumerated.
+    void expect_exact(const std::string& what) {
+        update_beliefs(*net);
+        std::vector<std::vector<int>> configs;
+        std::vector<double> joint = brute_joint(&configs);
+        double evidence = 0;
+        for (double p : joint) evidence += p;
+        for (Node* n : net->nodes.nodes) {
+            read_beliefs(*n);
+            std::vector<double> want(static_cast<size_t>(n->num_states()), 0.0);
+            for (size_t c = 0; c < joint.size(); ++c)
+                want[static_cast<size_t>(configs[c][static_cast<size_t>(n->index)])] += joint[c] / evidence;
+            for (size_t i = 0; i < want.size(); ++i)
+                ASSERT_NEAR(n->beliefs[i], want[i], 2e-6) << what << " node " << n->name << " state " << i;
+        }
+        EXPECT_NEAR(net->findings_probability, evidence, 1e-6 * std::max(evidence, 1e-3)) << what;
+    }
+
     std::vector<double> brute_joint(std::vector<std::vector<int>>* configs) const {
         const auto& ns = net->nodes.nodes;
         std::vector<int> s(ns.size(), 0);
