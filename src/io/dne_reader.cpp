@@ -164,6 +164,7 @@ void DneReader::net_statements(const Object& bnet) {
         else if (s.keyword == "ElimOrder") elim_order(s);
         else if (s.keyword == "author" || s.keyword == "whochanged" || s.keyword == "whenchanged")
             net_.user_fields.set(s.keyword, w);
+        else if (is_kept_keyword(s.keyword)) net_.kept_statements.emplace_back(s.keyword, value_text(s.value));
         // The other net fields are derived or belong to features kept elsewhere.
     }
 }
@@ -304,6 +305,8 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
             }
             for (const Value& pair : s->value.items)
                 node.user_fields.set(word_of(pair.items[0]), word_of(pair.items[1]));
+        } else if (is_kept_keyword(k)) {
+            node.kept_statements.emplace_back(k, value_text(s->value));
         } else if (k == "author" || k == "whochanged" || k == "whenchanged" || k == "units") {
             node.user_fields.set(k, w);
         } else if (k == "persist") {

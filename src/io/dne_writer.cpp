@@ -63,6 +63,13 @@ private:
                const std::function<std::string(size_t entry)>& entry);
     void findings(const Node& node);
     void time_fields(const Node& node);  // link delays and persistence
+    // The kept statements with these keywords, in their table order.
+    void kept(const std::vector<std::pair<std::string, std::string>>& statements, const std::string& indent,
+              std::initializer_list<const char*> keywords) {
+        for (const char* k : keywords)
+            for (const auto& [keyword, value] : statements)
+                if (keyword == k) field(indent, k, value);
+    }
 
     const Net& net_;
     std::string out_;
@@ -85,6 +92,7 @@ std::string Writer::run() {
     out_ += "// stamp = written by Ravelo\n";
     out_ += "bnet " + net_.name + " {\n";
     if (net_.dimensions != 2) field("", "numdimensions", format("%d", net_.dimensions));
+    kept(net_.kept_statements, "", {"eqncontext", "AutoCompile"});
     field("", "autoupdate", net_.auto_update ? "TRUE" : "FALSE");
     if (!net_.title.empty()) field("", "title", quoted(net_.title));
     if (!net_.comment.empty()) field("", "comment", quoted(net_.comment));
@@ -92,6 +100,7 @@ std::string Writer::run() {
         if (const std::string* v = net_.user_fields.find(k)) field("", k, quoted(*v));
     if (net_.elim_order && !net_.elim_order->nodes.empty())
         field("", "ElimOrder", list_of(net_.elim_order->nodes, [](const Node* n) { return n->name; }));
+    kept(net_.kept_statements, "", {"definenodes"});
     bool has_user = false;
     for (const auto& [key, value] : net_.user_fields.fields) {
         if (key == "author" || key == "whochanged" || key == "whenchanged") continue;
@@ -164,6 +173,7 @@ void Writer::node(const Node& n) {
     for (const char* k : {"author", "whochanged", "whenchanged"})
         if (const std::string* v = n.user_fields.find(k)) field("\t", k, quoted(*v));
     findings(n);
+    kept(n.kept_statements, "\t", {"definenodes"});
     std::vector<std::pair<std::string, std::string>> others;
     for (const auto& kv : n.user_fields.fields)
         if (kv.first != "author" && kv.first != "whochanged" && kv.first != "whenchanged" && kv.first != "units")

@@ -25,6 +25,7 @@ void copy_fields(const Node& from, Node& to, const CopyOptions& options) {
     to.equation_dirty = from.equation_dirty;
     to.inherits = from.inherits;
     to.user_fields = from.user_fields;
+    to.kept_statements = from.kept_statements;
     // Persistence is given per dimension, so it only means something in a net of as many.
     if (from.net->dimensions == to.net->dimensions) to.persistence = from.persistence;
     if (options.visual) {
@@ -103,6 +104,7 @@ Net* copy_net(const Net& net, Environment& env, const std::string& name, const C
     copy->title = net.title;
     copy->comment = net.comment;
     copy->user_fields = net.user_fields;
+    copy->kept_statements = net.kept_statements;
     copy->auto_update = net.auto_update;
     copy->definitions = net.definitions;
     copy->dimensions = net.dimensions;

@@ -135,6 +135,9 @@ public:
     int home_clique = -1;
 
     UserFields user_fields;
+    // Net-file statements this version reads but does not act on, as written (keyword, value
+    // text), so that writing the net back loses nothing.
+    std::vector<std::pair<std::string, std::string>> kept_statements;
     std::map<int, void*> user_data;
     std::vector<Listener> listeners;
     double vis_x = 0, vis_y = 0;
@@ -181,6 +184,7 @@ public:
     int auto_update = 1;
     std::vector<NodeSet> node_sets;
     UserFields user_fields;
+    std::vector<std::pair<std::string, std::string>> kept_statements;  // as a node's
     std::map<int, void*> user_data;
     std::vector<Listener> listeners;
     std::string visual;  // editor display information, kept as text

@@ -135,6 +135,33 @@ TEST_F(NetFileReading, EveryFieldSurvivesAWriteAndRead) {
     EXPECT_EQ(write_text(again, "rich.dne"), text);
 }
 
+// Fields the engine does not act on still come back as they were written, and a copied net keeps
+// them too.
+TEST_F(NetFileReading, UnmodelledFieldsAreKeptAsWritten) {
+    Net* net = read_text("kept.dne", R"(// ~->[DNET-1]->~
+bnet K {
+eqncontext = "x = 3";
+AutoCompile = TRUE;
+definenodes = (a, b);
+node A {
+	states = (s, t);
+	probs = (0.5, 0.5);
+	definenodes = ((1, 2), "z");
+	};
+};
+)");
+    ASSERT_NE(net, nullptr) << last_message();
+    std::string text = write_text(net, "kept.dne");
+    for (const char* kept : {"eqncontext = \"x = 3\";\nAutoCompile = TRUE;\nautoupdate",
+                             "definenodes = (a, b);", "\tdefinenodes = ((1, 2), \"z\");"})
+        EXPECT_NE(text.find(kept), std::string::npos) << kept << "\n" << text;
+    net_bn* copy = CopyNet_bn(handle_of(net), "K2", env, "");
+    ASSERT_NE(copy, nullptr) << last_message();
+    std::string copied = write_text(core_of<Net>(copy), "kept.dne");
+    EXPECT_NE(copied.find("eqncontext"), std::string::npos);
+    EXPECT_NE(copied.find("\tdefinenodes"), std::string::npos);
+}
+
 TEST_F(NetFileReading, WithoutVisualInformationPositionsAreNotRead) {
     Net* net = rich_net(*core_of<Environment>(env));
     Net* again = read_text("rich.dne", write_text(net, "rich.dne"));
