@@ -100,8 +100,17 @@ bool apply_pending(JunctionTree& jt) {
     return true;
 }
 
-[[noreturn]] void fail_inconsistent(int number) {
-    fail(number, "according to this model, the >-finding-(s) entered are inconsistent%s", "");
+// A table with conditions declared impossible is the other way to reach zero: the findings
+// may be consistent and one of those conditions possible after all.
+bool declares_impossible_conditions(const Net& net) {
+    for (const Node* n : net.nodes.nodes)
+        if (std::find(n->cpt.begin(), n->cpt.end(), kImpossibleProb) != n->cpt.end()) return true;
+    return false;
+}
+
+[[noreturn]] void fail_inconsistent(const Net& net, int number) {
+    fail(number, "according to this model, the >-finding-(s) entered are inconsistent%s",
+         declares_impossible_conditions(net) ? " (or a condition declared impossible is actually possible)" : "");
 }
 
 void propagate_step(Net& net, JunctionTree& jt) {
@@ -117,7 +126,7 @@ void propagate_step(Net& net, JunctionTree& jt) {
     if (net.findings_probability == 0.0) {
         // The tables now hold zeros: the next query reloads them.
         net.junction_step = kTablesAllocated;
-        fail_inconsistent(kZeroFindingsNumber);
+        fail_inconsistent(net, kZeroFindingsNumber);
     }
     net.junction_step = kPropagatedStep;
 }
@@ -167,7 +176,7 @@ void update_beliefs(Net& net) {
         net.junction_step = kTablesLoaded;
     }
     if (net.junction_step == kTablesLoaded) propagate_step(net, *jt);
-    if (net.findings_probability == 0.0) fail_inconsistent(2378);
+    if (net.findings_probability == 0.0) fail_inconsistent(net, 2378);
 }
 
 void read_beliefs(Node& node) {

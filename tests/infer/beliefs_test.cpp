@@ -79,6 +79,21 @@ TEST_F(BeliefsTest, ImpossibleFindingsFailWith2078AndRecoverOnRetraction) {
     EXPECT_NEAR(a->beliefs[0], 1.0f, 1e-7);
 }
 
+// Reaching a condition declared impossible is the other way findings get probability zero.
+TEST_F(BeliefsTest, ZeroThroughAnImpossibleConditionSaysSo) {
+    Node* a = node("a", 2);
+    Node* b = node("b", 2, {a});
+    a->cpt = {0.4f, 0.6f};
+    b->cpt = {0.5f, 0.5f, kImpossibleProb, kImpossibleProb};
+    net->auto_update = 0;
+    compile_net(*net, {});
+    enter_finding(*a, 1);
+    EXPECT_THROW(update_beliefs(*net), Failure);
+    EXPECT_EQ(last_number(), 2078);
+    EXPECT_EQ(last_message(), "according to this model, the finding(s) entered are inconsistent (or a "
+                              "condition declared impossible is actually possible)");
+}
+
 TEST_F(BeliefsTest, UncompiledNetCannotUpdate) {
     node("a", 2)->cpt = {0.5f, 0.5f};
     EXPECT_THROW(update_beliefs(*net), Failure);
