@@ -122,8 +122,8 @@ void allocate_tables(JunctionTree& jt) {
     for (const Clique& c : jt.cliques)
         for (size_t i = 0; i < c.members.size(); ++i)
             widest = std::max(widest, static_cast<std::size_t>(jt.graph.states(c.members[i])));
-    jt.sums.assign(widest, 0.0);
-    jt.ratio.assign(widest, 0.0f);
+    fill_table(jt.sums, widest, 0.0);
+    fill_table(jt.ratio, widest, 0.0f);
     jt.tables_allocated = true;
 }
 

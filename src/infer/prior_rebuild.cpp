@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "infer/clique_tables.h"
+#include "infer/table_memory.h"
 #include "infer/table_walk.h"
 
 namespace ravelo {
@@ -64,6 +65,9 @@ bool make_factors(JunctionTree& jt, Clique& c, std::vector<JunctionTree::Factor>
         JunctionTree::Factor f;
         f.members = s.members;
         if (!incoming_message(jt, c, s, f.values)) return false;
+        std::vector<float> kept;
+        copy_table(kept, f.values);
+        f.values.swap(kept);
         factors.push_back(std::move(f));
     }
     return sent_once;

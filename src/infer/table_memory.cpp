@@ -11,12 +11,13 @@ namespace {
 
 constexpr std::size_t kHugeFrom = std::size_t{8} << 20;  // bytes
 
-void reserve(std::vector<float>& table, std::size_t n) {
+template <class T>
+void reserve(std::vector<T>& table, std::size_t n) {
     if (table.capacity() >= n) return;
-    std::vector<float>().swap(table);
+    std::vector<T>().swap(table);
     table.reserve(n);
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
-    const std::size_t bytes = n * sizeof(float);
+    const std::size_t bytes = n * sizeof(T);
     if (bytes < kHugeFrom) return;
     const std::uintptr_t page = 4096;
     const std::uintptr_t begin = (reinterpret_cast<std::uintptr_t>(table.data()) + page - 1) & ~(page - 1);
@@ -28,6 +29,11 @@ void reserve(std::vector<float>& table, std::size_t n) {
 }  // namespace
 
 void fill_table(std::vector<float>& table, std::size_t n, float value) {
+    reserve(table, n);
+    table.assign(n, value);
+}
+
+void fill_table(std::vector<double>& table, std::size_t n, double value) {
     reserve(table, n);
     table.assign(n, value);
 }
