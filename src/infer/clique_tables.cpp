@@ -130,6 +130,8 @@ void allocate_tables(JunctionTree& jt) {
 void free_tables(JunctionTree& jt) {
     for (Clique& c : jt.cliques) {
         c.table = {};
+        c.held_message = {};
+        c.held = -1;
         c.from_prior = false;
     }
     for (Sepset& s : jt.sepsets) {
@@ -148,6 +150,7 @@ void load_node_tables(JunctionTree& jt) {
     for (Clique& c : jt.cliques) {
         std::fill(c.table.begin(), c.table.end(), 1.0f);
         c.from_prior = false;
+        c.held = -1;
         for (const Node* n : c.homed) load_one(jt, c, *n);
         c.rebuild = false;
     }

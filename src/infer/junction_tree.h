@@ -40,6 +40,11 @@ struct Clique {
     float owed_scale = 1.0f;
     bool waits = false;  // the chosen root: never sends while collecting
     std::vector<Node*> homed;  // nodes whose tables load here
+    // A message received while collecting that the clique could not pass on
+    // yet: held back (over sepset 'held', -1: none) and multiplied in by the
+    // sweep that takes the next one, which spares the clique a sweep.
+    int held = -1;
+    std::vector<float> held_message;
 };
 
 // Propagation states of a clique.

@@ -3,6 +3,7 @@
 #include "infer/clique_tables.h"
 #include "infer/prior_rebuild.h"
 #include "infer/root_choice.h"
+#include "infer/table_memory.h"
 
 namespace ravelo {
 namespace {
@@ -61,8 +62,23 @@ int links_in_state(const JunctionTree& jt, const Clique& c, int state, bool equa
     return count;
 }
 
+// The message the clique held back goes into its table.
+void multiply_held(JunctionTree& jt, Clique& c) {
+    const Sepset& h = jt.sepsets[static_cast<size_t>(c.held)];
+    auto sweep = [&](const int* fixed, const float* source) {
+        walk_multiply(make_walk(jt.graph, c.members, h.members, fixed), c.table.data(), source, c.held_message.data());
+    };
+    if (c.from_prior && is_rebuilt(jt, c))
+        rebuild_prior(jt, c, [&](const int* fixed) { sweep(fixed, c.table.data()); });
+    else
+        sweep(jt.fixed.data(), current_entries(jt, c));
+    c.from_prior = false;
+    c.held = -1;
+}
+
 // jt.sums receives the sender's sums onto the sepset.
 void sum_onto_sepset(JunctionTree& jt, Clique& from, const Sepset& s) {
+    if (from.held >= 0) multiply_held(jt, from);
     walk_clear(sepset_walk(jt, s), jt.sums.data());
     if (from.owed_scale != 1.0f) {
         // Scales the sender in the same sweep.
@@ -87,28 +103,45 @@ void replace_sepset(JunctionTree& jt, Sepset& s) {
     s.from_prior = false;
 }
 
-// Multiplies the message in jt.ratio into the clique.  With an onward sepset
-// the same sweep sums the new entries onto it into jt.sums; with none but a
-// total, it sums them all.
+// Multiplies the message in jt.ratio into the clique (with the message it
+// holds back, if any).  With an onward sepset the same sweep sums the new
+// entries onto it into jt.sums; with none but a total, it sums them all.
 void receive(JunctionTree& jt, Clique& to, const Sepset& s, const Sepset* onward, double* total) {
     double* out = total;
     if (onward) {
         walk_clear(sepset_walk(jt, *onward), jt.sums.data());
         out = jt.sums.data();
     }
+    if (to.held >= 0 && !out) multiply_held(jt, to);
     const std::vector<int> none;
     auto sweep = [&](const int* fixed, const float* source) {
-        if (out)
+        if (to.held >= 0) {
+            const Sepset& h = jt.sepsets[static_cast<size_t>(to.held)];
+            walk_multiply2_sum(make_walk(jt.graph, to.members, h.members, fixed, onward ? onward->members : none,
+                                         s.members),
+                               to.table.data(), source, to.held_message.data(), jt.ratio.data(), out);
+        } else if (out) {
             walk_multiply_sum(make_walk(jt.graph, to.members, s.members, fixed, onward ? onward->members : none),
                               to.table.data(), source, jt.ratio.data(), out);
-        else
+        } else {
             walk_multiply(make_walk(jt.graph, to.members, s.members, fixed), to.table.data(), source, jt.ratio.data());
+        }
     };
     if (to.from_prior && is_rebuilt(jt, to))
         rebuild_prior(jt, to, [&](const int* fixed) { sweep(fixed, to.table.data()); });
     else
         sweep(jt.fixed.data(), current_entries(jt, to));
     to.from_prior = false;
+    to.held = -1;
+}
+
+// The clique holds back the message in jt.ratio, received over s, until its
+// next sweep.
+void hold(JunctionTree& jt, Clique& to, const Sepset& s) {
+    if (to.held >= 0) multiply_held(jt, to);
+    if (to.held_message.size() < s.table.size()) fill_table(to.held_message, s.table.size(), 0.0f);
+    walk_copy(sepset_walk(jt, s), to.held_message.data(), jt.ratio.data());
+    to.held = static_cast<int>(&s - jt.sepsets.data());
 }
 
 // A changed clique with one uncollected neighbour sends it its message.  When
@@ -140,7 +173,8 @@ int send_up(JunctionTree& jt, Queue& queue, Clique& c, const CliqueLink& first, 
             return normalise_root(next, total, findings_probability);
         }
         const bool onward_now = left == 1 && !next.waits;
-        receive(jt, next, s, onward_now ? &jt.sepsets[onward->sepset] : nullptr, nullptr);
+        if (onward_now) receive(jt, next, s, &jt.sepsets[onward->sepset], nullptr);
+        else hold(jt, next, s);
         set_state(jt, queue, next, kChanged);
         if (!onward_now) return kPropagated;
         from = &next;
@@ -159,6 +193,7 @@ int collect(JunctionTree& jt, Queue& queue, Clique& c, double& findings_probabil
         return kPropagated;
     }
     set_state(jt, queue, c, kReceiving);
+    if (c.held >= 0) multiply_held(jt, c);
     restore_from_prior(jt, c);
     return normalise_root(c, walk_total(clique_walk(jt, c, {}), c.table.data()), findings_probability);
 }
@@ -194,6 +229,7 @@ void send_down(JunctionTree& jt, Queue& queue, Clique& c, const CliqueLink& firs
 }
 
 int distribute(JunctionTree& jt, Queue& queue, Clique& c) {
+    if (c.held >= 0) multiply_held(jt, c);
     for (const CliqueLink& link : c.links)
         if (jt.cliques[link.neighbour].state == kCollected) send_down(jt, queue, c, link);
     if (c.owed_scale != 1.0f) {
@@ -264,7 +300,10 @@ int propagate_queue(JunctionTree& jt, double& findings_probability) {
 
 int propagate(JunctionTree& jt, double& findings_probability) {
     int result = propagate_queue(jt, findings_probability);
-    for (Clique& c : jt.cliques) c.waits = false;
+    for (Clique& c : jt.cliques) {
+        c.waits = false;
+        if (c.held >= 0) multiply_held(jt, c);  // left by a propagation that stopped
+    }
     for (Clique& c : jt.cliques)
         if (c.owed_scale != 1.0f) {  // a root left before distributing
             restore_from_prior(jt, c);

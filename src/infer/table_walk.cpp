@@ -26,12 +26,13 @@ void strides_in(const Graph& g, const std::vector<int>& members, const std::vect
 }  // namespace
 
 TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::vector<int>& target,
-                    const int* fixed, const std::vector<int>& second) {
+                    const int* fixed, const std::vector<int>& second, const std::vector<int>& third) {
     TableWalk w;
     const std::size_t k = members.size();
-    thread_local std::vector<std::size_t> target_stride, second_stride;  // kept to spare allocations
+    thread_local std::vector<std::size_t> target_stride, second_stride, third_stride;  // kept to spare allocations
     strides_in(g, members, target, target_stride);
     strides_in(g, members, second, second_stride);
+    strides_in(g, members, third, third_stride);
     WalkDims inward;  // innermost first while building
     std::size_t stride = 1;
     for (std::size_t i = k; i-- > 0;) {
@@ -42,20 +43,22 @@ TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::
             w.start += stride * static_cast<std::size_t>(s);
             w.target_start += target_stride[i] * static_cast<std::size_t>(s);
             w.second_start += second_stride[i] * static_cast<std::size_t>(s);
+            w.third_start += third_stride[i] * static_cast<std::size_t>(s);
         } else if (n > 1) {
             WalkDim* inner = inward.count ? &inward.at[inward.count - 1] : nullptr;
             if (inner && inner->step * inner->count == stride &&
                 inner->target_step * inner->count == target_stride[i] &&
-                inner->second_step * inner->count == second_stride[i])
+                inner->second_step * inner->count == second_stride[i] &&
+                inner->third_step * inner->count == third_stride[i])
                 inner->count *= n;
             else {
                 RAVELO_ASSERT(inward.count < kMaxWalkDims);
-                inward.at[inward.count++] = {n, stride, target_stride[i], second_stride[i]};
+                inward.at[inward.count++] = {n, stride, target_stride[i], second_stride[i], third_stride[i]};
             }
         }
         stride *= n;
     }
-    while (inward.count < 2) inward.at[inward.count++] = {1, 0, 0, 0};
+    while (inward.count < 2) inward.at[inward.count++] = {1, 0, 0, 0, 0};
     for (std::size_t i = 0; i < inward.count; ++i) w.dims.at[i] = inward.at[inward.count - 1 - i];
     w.dims.count = inward.count;
     return w;
@@ -96,15 +99,15 @@ void for_each_block(const TableWalk& w, Block&& block) {
 // more streams than the hardware follows well.
 constexpr std::size_t kTile = 1 << 16;
 
-// The same, with the offset in the second target as well.
+// The same, with the offsets in the second and third targets as well.
 template <class Block>
 void for_each_block3(const TableWalk& w, Block&& block) {
     if (w.empty) return;
     const std::size_t outer = w.dims.size() - 2;
     std::size_t count[kMaxWalkDims] = {};
-    std::size_t e = w.start, t = w.target_start, u = w.second_start;
+    std::size_t e = w.start, t = w.target_start, u = w.second_start, x = w.third_start;
     for (;;) {
-        block(e, t, u);
+        block(e, t, u, x);
         std::size_t i = outer;
         for (;;) {
             if (i == 0) return;
@@ -114,11 +117,13 @@ void for_each_block3(const TableWalk& w, Block&& block) {
                 e += d.step;
                 t += d.target_step;
                 u += d.second_step;
+                x += d.third_step;
                 break;
             }
             e -= d.step * (d.count - 1);
             t -= d.target_step * (d.count - 1);
             u -= d.second_step * (d.count - 1);
+            x -= d.third_step * (d.count - 1);
             count[i] = 0;
         }
     }
@@ -236,7 +241,7 @@ template <bool InPlace, int FS, int SS>
 void multiply_sum_entries(const TableWalk& w, float* t, const float* source, const float* factor, double* out) {
     const WalkDim m = middle_dim(w), in = inner_dim(w);
     const std::size_t tile = FS || SS ? kTile : in.count;
-    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u) {
+    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u, std::size_t) {
         for (std::size_t c = 0; c < in.count; c += tile) {
             const std::size_t n = std::min(tile, in.count - c);
             std::size_t ej = e + c, fj = f + FS * c, uj = u + SS * c;
@@ -257,7 +262,7 @@ void multiply_sum_dispatch(const TableWalk& w, float* t, const float* source, co
         return multiply_sum_entries<InPlace, 1, 1>(w, t, source, factor, out);
     }
     const WalkDim m = middle_dim(w);
-    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u) {
+    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u, std::size_t) {
         for (std::size_t j = 0; j < m.count; ++j, e += m.step, f += m.target_step, u += m.second_step)
             for (std::size_t i = 0; i < in.count; ++i) {
                 const std::size_t x = e + i * in.step;
@@ -268,7 +273,95 @@ void multiply_sum_dispatch(const TableWalk& w, float* t, const float* source, co
     });
 }
 
+// One contiguous run of the fused sweep with two factors; FS, GS and SS are
+// the run's steps in the factors and in the sums (0 or 1).
+template <bool InPlace, int FS, int GS, int SS>
+inline void multiply2_sum_run(float* out, const float* source, const float* f, const float* g, double* sum,
+                              std::size_t n) {
+    const float* src = InPlace ? out : source;
+    if constexpr (SS == 0) {
+        double a = 0, b = 0;
+        std::size_t i = 0;
+        for (; i + 2 <= n; i += 2) {
+            const float v0 = src[i] * f[FS * i] * g[GS * i];
+            const float v1 = src[i + 1] * f[FS * (i + 1)] * g[GS * (i + 1)];
+            out[i] = v0;
+            out[i + 1] = v1;
+            a += v0;
+            b += v1;
+        }
+        for (; i < n; ++i) {
+            const float v = src[i] * f[FS * i] * g[GS * i];
+            out[i] = v;
+            a += v;
+        }
+        *sum += a + b;
+    } else {
+        for (std::size_t i = 0; i < n; ++i) {
+            const float v = src[i] * f[FS * i] * g[GS * i];
+            out[i] = v;
+            sum[i] += v;
+        }
+    }
+}
+
+template <bool InPlace, int FS, int GS, int SS>
+void multiply2_sum_entries(const TableWalk& w, float* t, const float* source, const float* factor,
+                           const float* factor2, double* out) {
+    const WalkDim m = middle_dim(w), in = inner_dim(w);
+    const std::size_t tile = FS || GS || SS ? kTile : in.count;
+    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u, std::size_t x) {
+        for (std::size_t c = 0; c < in.count; c += tile) {
+            const std::size_t n = std::min(tile, in.count - c);
+            std::size_t ej = e + c, fj = f + FS * c, uj = u + SS * c, xj = x + GS * c;
+            for (std::size_t j = 0; j < m.count;
+                 ++j, ej += m.step, fj += m.target_step, uj += m.second_step, xj += m.third_step)
+                multiply2_sum_run<InPlace, FS, GS, SS>(t + ej, InPlace ? nullptr : source + ej, factor + fj,
+                                                       factor2 + xj, out + uj, n);
+        }
+    });
+}
+
+template <bool InPlace, int FS>
+void multiply2_sum_by_steps(const TableWalk& w, int gs, int ss, float* t, const float* source, const float* factor,
+                            const float* factor2, double* out) {
+    if (gs == 0 && ss == 0) return multiply2_sum_entries<InPlace, FS, 0, 0>(w, t, source, factor, factor2, out);
+    if (gs == 0) return multiply2_sum_entries<InPlace, FS, 0, 1>(w, t, source, factor, factor2, out);
+    if (ss == 0) return multiply2_sum_entries<InPlace, FS, 1, 0>(w, t, source, factor, factor2, out);
+    return multiply2_sum_entries<InPlace, FS, 1, 1>(w, t, source, factor, factor2, out);
+}
+
+template <bool InPlace>
+void multiply2_sum_dispatch(const TableWalk& w, float* t, const float* source, const float* factor,
+                            const float* factor2, double* out) {
+    const WalkDim in = inner_dim(w);
+    const int fs = static_cast<int>(in.target_step), gs = static_cast<int>(in.third_step);
+    const int ss = static_cast<int>(in.second_step);
+    if (in.step == 1 && fs <= 1 && gs <= 1 && ss <= 1) {
+        if (fs == 0) return multiply2_sum_by_steps<InPlace, 0>(w, gs, ss, t, source, factor, factor2, out);
+        return multiply2_sum_by_steps<InPlace, 1>(w, gs, ss, t, source, factor, factor2, out);
+    }
+    const WalkDim m = middle_dim(w);
+    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u, std::size_t x) {
+        for (std::size_t j = 0; j < m.count;
+             ++j, e += m.step, f += m.target_step, u += m.second_step, x += m.third_step)
+            for (std::size_t i = 0; i < in.count; ++i) {
+                const std::size_t at = e + i * in.step;
+                const float v = (InPlace ? t[at] : source[at]) * factor[f + i * in.target_step] *
+                                factor2[x + i * in.third_step];
+                t[at] = v;
+                out[u + i * in.second_step] += v;
+            }
+    });
+}
+
 }  // namespace
+
+void walk_multiply2_sum(const TableWalk& w, float* t, const float* source, const float* factor, const float* factor2,
+                        double* out) {
+    if (source == t) multiply2_sum_dispatch<true>(w, t, nullptr, factor, factor2, out);
+    else multiply2_sum_dispatch<false>(w, t, source, factor, factor2, out);
+}
 
 void walk_multiply_sum(const TableWalk& w, float* t, const float* source, const float* factor, double* out) {
     if (source == t) multiply_sum_dispatch<true>(w, t, nullptr, factor, out);

@@ -17,6 +17,7 @@ struct WalkDim {
     std::size_t step;         // in the walked table
     std::size_t target_step;  // in the target table (0: not a target member)
     std::size_t second_step;  // in the second target, when there is one
+    std::size_t third_step;   // in the third, when there is one
 };
 
 // At most one dimension per member of more than one state: a table over more
@@ -34,7 +35,7 @@ struct WalkDims {
 // Dimensions run outermost first; neighbours contiguous in both tables are
 // merged, and there are always at least two (padded with single steps).
 struct TableWalk {
-    std::size_t start = 0, target_start = 0, second_start = 0;
+    std::size_t start = 0, target_start = 0, second_start = 0, third_start = 0;
     WalkDims dims;
     bool empty = false;  // some member has no states
 };
@@ -44,7 +45,7 @@ struct TableWalk {
 // local index, -1: free) holds the observed states, or is null for the
 // whole table.
 TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::vector<int>& target,
-                    const int* fixed, const std::vector<int>& second = {});
+                    const int* fixed, const std::vector<int>& second = {}, const std::vector<int>& third = {});
 
 // out (the target's size) gets the sums (or maxima) of the walked entries
 // added onto its entries; the caller clears the target's slice first.
@@ -61,6 +62,9 @@ double walk_total(const TableWalk& w, const float* t);
 // t = source * factor (over the target) while out (over the second target)
 // gets the new entries added onto its entries, in one sweep.
 void walk_multiply_sum(const TableWalk& w, float* t, const float* source, const float* factor, double* out);
+// The same with a second factor, over the third target.
+void walk_multiply2_sum(const TableWalk& w, float* t, const float* source, const float* factor, const float* factor2,
+                        double* out);
 
 // Over a sepset's own walk: the sepset takes the fresh sums and ratio the
 // factor by which they change it from 'old' (0 where it held 0; old may be

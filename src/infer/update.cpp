@@ -74,6 +74,7 @@ void load_tables_and_findings(Net& net, JunctionTree& jt) {
         for (Clique& c : jt.cliques) {
             c.from_prior = true;  // copied (or rebuilt) when first changed
             c.state = kUnchanged;
+            c.held = -1;
         }
         for (auto& a : jt.applied) a.clear();
         for (Sepset& s : jt.sepsets) s.from_prior = true;  // read from the prior until replaced
