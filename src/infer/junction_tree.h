@@ -15,6 +15,10 @@ struct Sepset {
     bool blocked = false;
     std::vector<float> table;  // the last message passed through it
     bool from_prior = false;   // the table still stands for the kept prior's
+    // The sums of the next message across it, made early by the sweep in
+    // which its sender took in a message (valid while 'presummed' is set).
+    std::vector<double> fresh;
+    bool presummed = false;
 };
 
 struct CliqueLink {

@@ -1,5 +1,7 @@
 #include "infer/propagate.h"
 
+#include <utility>
+
 #include "infer/clique_tables.h"
 #include "infer/prior_rebuild.h"
 #include "infer/root_choice.h"
@@ -96,26 +98,40 @@ void sum_onto_sepset(JunctionTree& jt, Clique& from, const Sepset& s) {
     walk_sum(clique_walk(jt, from, s.members), current_entries(jt, from), jt.sums.data());
 }
 
-// The sepset takes the sums in jt.sums; jt.ratio gets the message.
+// The sepset takes the sums in jt.sums (or those made early); jt.ratio gets
+// the message.
 void replace_sepset(JunctionTree& jt, Sepset& s) {
     const float* old = s.from_prior ? jt.prior_sepsets[static_cast<size_t>(&s - jt.sepsets.data())].data() : s.table.data();
-    walk_replace(sepset_walk(jt, s), jt.sums.data(), old, s.table.data(), jt.ratio.data());
+    walk_replace(sepset_walk(jt, s), s.presummed ? s.fresh.data() : jt.sums.data(), old, s.table.data(), jt.ratio.data());
     s.from_prior = false;
+    s.presummed = false;
 }
+
+// A large clique passing messages on to two neighbours sums onto the second
+// sepset in the sweep that takes in its message, sparing a sweep of its own.
+constexpr double kPresumFrom = 1 << 20;
 
 // Multiplies the message in jt.ratio into the clique (with the message it
 // holds back, if any).  With an onward sepset the same sweep sums the new
 // entries onto it into jt.sums; with none but a total, it sums them all.
-void receive(JunctionTree& jt, Clique& to, const Sepset& s, const Sepset* onward, double* total) {
+void receive(JunctionTree& jt, Clique& to, const Sepset& s, const Sepset* onward, double* total,
+             Sepset* also = nullptr) {
     double* out = total;
     if (onward) {
         walk_clear(sepset_walk(jt, *onward), jt.sums.data());
         out = jt.sums.data();
     }
-    if (to.held >= 0 && !out) multiply_held(jt, to);
+    if (to.held >= 0 && (!out || also)) multiply_held(jt, to);
+    if (also) {
+        if (also->fresh.size() != also->table.size()) fill_table(also->fresh, also->table.size(), 0.0);
+        walk_clear(sepset_walk(jt, *also), also->fresh.data());
+    }
     const std::vector<int> none;
     auto sweep = [&](const int* fixed, const float* source) {
-        if (to.held >= 0) {
+        if (also) {
+            walk_multiply_sum2(make_walk(jt.graph, to.members, s.members, fixed, onward->members, also->members),
+                               to.table.data(), source, jt.ratio.data(), out, also->fresh.data());
+        } else if (to.held >= 0) {
             const Sepset& h = jt.sepsets[static_cast<size_t>(to.held)];
             walk_multiply2_sum(make_walk(jt.graph, to.members, h.members, fixed, onward ? onward->members : none,
                                          s.members),
@@ -133,6 +149,7 @@ void receive(JunctionTree& jt, Clique& to, const Sepset& s, const Sepset* onward
         sweep(jt.fixed.data(), current_entries(jt, to));
     to.from_prior = false;
     to.held = -1;
+    if (also) also->presummed = true;
 }
 
 // The clique holds back the message in jt.ratio, received over s, until its
@@ -211,15 +228,23 @@ void send_down(JunctionTree& jt, Queue& queue, Clique& c, const CliqueLink& firs
             set_state(jt, queue, next, kReceiving);
             return;
         }
-        if (!summed) sum_onto_sepset(jt, *from, s);
+        if (!summed && !s.presummed) sum_onto_sepset(jt, *from, s);
         replace_sepset(jt, s);
-        const CliqueLink* onward = nullptr;
+        const CliqueLink *onward = nullptr, *second = nullptr;
         for (const CliqueLink& l : next.links)
             if (jt.cliques[l.neighbour].state == kCollected) {
+                if (onward) {
+                    second = &l;
+                    break;
+                }
                 onward = &l;
-                break;
             }
-        receive(jt, next, s, onward ? &jt.sepsets[onward->sepset] : nullptr, nullptr);
+        // The early sums are kept while the message chain goes on: keep the smaller.
+        if (second && jt.sepsets[second->sepset].size > jt.sepsets[onward->sepset].size) std::swap(onward, second);
+        Sepset* also = second && next.size >= kPresumFrom && !jt.sepsets[second->sepset].blocked
+                           ? &jt.sepsets[second->sepset]
+                           : nullptr;
+        receive(jt, next, s, onward ? &jt.sepsets[onward->sepset] : nullptr, nullptr, also);
         set_state(jt, queue, next, kReceiving);
         if (!onward || jt.sepsets[onward->sepset].blocked) return;
         from = &next;
@@ -300,6 +325,7 @@ int propagate_queue(JunctionTree& jt, double& findings_probability) {
 
 int propagate(JunctionTree& jt, double& findings_probability) {
     int result = propagate_queue(jt, findings_probability);
+    for (Sepset& s : jt.sepsets) s.presummed = false;  // left by a propagation that stopped
     for (Clique& c : jt.cliques) {
         c.waits = false;
         if (c.held >= 0) multiply_held(jt, c);  // left by a propagation that stopped

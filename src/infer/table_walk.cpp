@@ -355,7 +355,82 @@ void multiply2_sum_dispatch(const TableWalk& w, float* t, const float* source, c
     });
 }
 
+// One contiguous run of the sweep that sums onto two targets; FS, SS and XS
+// are the run's steps in the factor and the two sums (0 or 1).
+template <bool InPlace, int FS, int SS, int XS>
+inline void multiply_sum2_run(float* out, const float* source, const float* f, double* sum, double* sum2,
+                              std::size_t n) {
+    const float* src = InPlace ? out : source;
+    double a = 0, b = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const float v = src[i] * f[FS * i];
+        out[i] = v;
+        if constexpr (SS == 0) a += v;
+        else sum[i] += v;
+        if constexpr (XS == 0) b += v;
+        else sum2[i] += v;
+    }
+    if constexpr (SS == 0) *sum += a;
+    if constexpr (XS == 0) *sum2 += b;
+}
+
+template <bool InPlace, int FS, int SS, int XS>
+void multiply_sum2_entries(const TableWalk& w, float* t, const float* source, const float* factor, double* out,
+                           double* out2) {
+    const WalkDim m = middle_dim(w), in = inner_dim(w);
+    const std::size_t tile = FS || SS || XS ? kTile : in.count;
+    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u, std::size_t x) {
+        for (std::size_t c = 0; c < in.count; c += tile) {
+            const std::size_t n = std::min(tile, in.count - c);
+            std::size_t ej = e + c, fj = f + FS * c, uj = u + SS * c, xj = x + XS * c;
+            for (std::size_t j = 0; j < m.count;
+                 ++j, ej += m.step, fj += m.target_step, uj += m.second_step, xj += m.third_step)
+                multiply_sum2_run<InPlace, FS, SS, XS>(t + ej, InPlace ? nullptr : source + ej, factor + fj, out + uj,
+                                                       out2 + xj, n);
+        }
+    });
+}
+
+template <bool InPlace, int FS>
+void multiply_sum2_by_steps(const TableWalk& w, int ss, int xs, float* t, const float* source, const float* factor,
+                            double* out, double* out2) {
+    if (ss == 0 && xs == 0) return multiply_sum2_entries<InPlace, FS, 0, 0>(w, t, source, factor, out, out2);
+    if (ss == 0) return multiply_sum2_entries<InPlace, FS, 0, 1>(w, t, source, factor, out, out2);
+    if (xs == 0) return multiply_sum2_entries<InPlace, FS, 1, 0>(w, t, source, factor, out, out2);
+    return multiply_sum2_entries<InPlace, FS, 1, 1>(w, t, source, factor, out, out2);
+}
+
+template <bool InPlace>
+void multiply_sum2_dispatch(const TableWalk& w, float* t, const float* source, const float* factor, double* out,
+                            double* out2) {
+    const WalkDim in = inner_dim(w);
+    const int fs = static_cast<int>(in.target_step), ss = static_cast<int>(in.second_step);
+    const int xs = static_cast<int>(in.third_step);
+    if (in.step == 1 && fs <= 1 && ss <= 1 && xs <= 1) {
+        if (fs == 0) return multiply_sum2_by_steps<InPlace, 0>(w, ss, xs, t, source, factor, out, out2);
+        return multiply_sum2_by_steps<InPlace, 1>(w, ss, xs, t, source, factor, out, out2);
+    }
+    const WalkDim m = middle_dim(w);
+    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u, std::size_t x) {
+        for (std::size_t j = 0; j < m.count;
+             ++j, e += m.step, f += m.target_step, u += m.second_step, x += m.third_step)
+            for (std::size_t i = 0; i < in.count; ++i) {
+                const std::size_t at = e + i * in.step;
+                const float v = (InPlace ? t[at] : source[at]) * factor[f + i * in.target_step];
+                t[at] = v;
+                out[u + i * in.second_step] += v;
+                out2[x + i * in.third_step] += v;
+            }
+    });
+}
+
 }  // namespace
+
+void walk_multiply_sum2(const TableWalk& w, float* t, const float* source, const float* factor, double* out,
+                        double* out2) {
+    if (source == t) multiply_sum2_dispatch<true>(w, t, nullptr, factor, out, out2);
+    else multiply_sum2_dispatch<false>(w, t, source, factor, out, out2);
+}
 
 void walk_multiply2_sum(const TableWalk& w, float* t, const float* source, const float* factor, const float* factor2,
                         double* out) {

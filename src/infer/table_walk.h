@@ -62,7 +62,11 @@ double walk_total(const TableWalk& w, const float* t);
 // t = source * factor (over the target) while out (over the second target)
 // gets the new entries added onto its entries, in one sweep.
 void walk_multiply_sum(const TableWalk& w, float* t, const float* source, const float* factor, double* out);
-// The same with a second factor, over the third target.
+// t = source * factor while out (over the second target) and out2 (over the
+// third) both get the new entries added, in one sweep.
+void walk_multiply_sum2(const TableWalk& w, float* t, const float* source, const float* factor, double* out,
+                        double* out2);
+// The same as walk_multiply_sum with a second factor, over the third target.
 void walk_multiply2_sum(const TableWalk& w, float* t, const float* source, const float* factor, const float* factor2,
                         double* out);
 
