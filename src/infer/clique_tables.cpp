@@ -136,6 +136,8 @@ void free_tables(JunctionTree& jt) {
     }
     for (Sepset& s : jt.sepsets) {
         s.table = {};
+        s.fresh = {};
+        s.presummed = false;
         s.from_prior = false;
     }
     jt.prior_cliques = {};
