@@ -273,110 +273,41 @@ void multiply_sum_dispatch(const TableWalk& w, float* t, const float* source, co
     });
 }
 
-// One contiguous run of the fused sweep with two factors; FS, GS and SS are
-// the run's steps in the factors and in the sums (0 or 1).
-template <bool InPlace, int FS, int GS, int SS>
-inline void multiply2_sum_run(float* out, const float* source, const float* f, const float* g, double* sum,
-                              std::size_t n) {
-    const float* src = InPlace ? out : source;
-    if constexpr (SS == 0) {
-        double a = 0, b = 0;
-        std::size_t i = 0;
-        for (; i + 2 <= n; i += 2) {
-            const float v0 = src[i] * f[FS * i] * g[GS * i];
-            const float v1 = src[i + 1] * f[FS * (i + 1)] * g[GS * (i + 1)];
-            out[i] = v0;
-            out[i + 1] = v1;
-            a += v0;
-            b += v1;
-        }
-        for (; i < n; ++i) {
-            const float v = src[i] * f[FS * i] * g[GS * i];
-            out[i] = v;
-            a += v;
-        }
-        *sum += a + b;
-    } else {
-        for (std::size_t i = 0; i < n; ++i) {
-            const float v = src[i] * f[FS * i] * g[GS * i];
-            out[i] = v;
-            sum[i] += v;
-        }
-    }
-}
-
-template <bool InPlace, int FS, int GS, int SS>
-void multiply2_sum_entries(const TableWalk& w, float* t, const float* source, const float* factor,
-                           const float* factor2, double* out) {
-    const WalkDim m = middle_dim(w), in = inner_dim(w);
-    const std::size_t tile = FS || GS || SS ? kTile : in.count;
-    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u, std::size_t x) {
-        for (std::size_t c = 0; c < in.count; c += tile) {
-            const std::size_t n = std::min(tile, in.count - c);
-            std::size_t ej = e + c, fj = f + FS * c, uj = u + SS * c, xj = x + GS * c;
-            for (std::size_t j = 0; j < m.count;
-                 ++j, ej += m.step, fj += m.target_step, uj += m.second_step, xj += m.third_step)
-                multiply2_sum_run<InPlace, FS, GS, SS>(t + ej, InPlace ? nullptr : source + ej, factor + fj,
-                                                       factor2 + xj, out + uj, n);
-        }
-    });
-}
-
-template <bool InPlace, int FS>
-void multiply2_sum_by_steps(const TableWalk& w, int gs, int ss, float* t, const float* source, const float* factor,
-                            const float* factor2, double* out) {
-    if (gs == 0 && ss == 0) return multiply2_sum_entries<InPlace, FS, 0, 0>(w, t, source, factor, factor2, out);
-    if (gs == 0) return multiply2_sum_entries<InPlace, FS, 0, 1>(w, t, source, factor, factor2, out);
-    if (ss == 0) return multiply2_sum_entries<InPlace, FS, 1, 0>(w, t, source, factor, factor2, out);
-    return multiply2_sum_entries<InPlace, FS, 1, 1>(w, t, source, factor, factor2, out);
-}
-
-template <bool InPlace>
-void multiply2_sum_dispatch(const TableWalk& w, float* t, const float* source, const float* factor,
-                            const float* factor2, double* out) {
-    const WalkDim in = inner_dim(w);
-    const int fs = static_cast<int>(in.target_step), gs = static_cast<int>(in.third_step);
-    const int ss = static_cast<int>(in.second_step);
-    if (in.step == 1 && fs <= 1 && gs <= 1 && ss <= 1) {
-        if (fs == 0) return multiply2_sum_by_steps<InPlace, 0>(w, gs, ss, t, source, factor, factor2, out);
-        return multiply2_sum_by_steps<InPlace, 1>(w, gs, ss, t, source, factor, factor2, out);
-    }
-    const WalkDim m = middle_dim(w);
-    for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u, std::size_t x) {
-        for (std::size_t j = 0; j < m.count;
-             ++j, e += m.step, f += m.target_step, u += m.second_step, x += m.third_step)
-            for (std::size_t i = 0; i < in.count; ++i) {
-                const std::size_t at = e + i * in.step;
-                const float v = (InPlace ? t[at] : source[at]) * factor[f + i * in.target_step] *
-                                factor2[x + i * in.third_step];
-                t[at] = v;
-                out[u + i * in.second_step] += v;
-            }
-    });
-}
-
-// One contiguous run of the sweep that sums onto two targets; FS, SS and XS
-// are the run's steps in the factor and the two sums (0 or 1).
-template <bool InPlace, int FS, int SS, int XS>
-inline void multiply_sum2_run(float* out, const float* source, const float* f, double* sum, double* sum2,
-                              std::size_t n) {
+// One contiguous run of a fused sweep over a third target as well: with
+// Factor2 the entries are also multiplied by a second factor over it, with
+// Sum2 they are also summed onto it.  FS, SS and XS are the run's steps in
+// the factor, the sums and the third target (0 or 1).
+template <bool InPlace, bool Factor2, bool Sum2, int FS, int SS, int XS>
+inline void fused_run(float* out, const float* source, const float* f, const float* g, double* sum, double* sum2,
+                      std::size_t n) {
     const float* src = InPlace ? out : source;
     double a = 0, b = 0;
     for (std::size_t i = 0; i < n; ++i) {
-        const float v = src[i] * f[FS * i];
+        float v = src[i] * f[FS * i];
+        if constexpr (Factor2) v *= g[XS * i];
         out[i] = v;
         if constexpr (SS == 0) a += v;
         else sum[i] += v;
-        if constexpr (XS == 0) b += v;
-        else sum2[i] += v;
+        if constexpr (Sum2) {
+            if constexpr (XS == 0) b += v;
+            else sum2[i] += v;
+        }
     }
     if constexpr (SS == 0) *sum += a;
-    if constexpr (XS == 0) *sum2 += b;
+    if constexpr (Sum2 && XS == 0) *sum2 += b;
 }
 
-template <bool InPlace, int FS, int SS, int XS>
-void multiply_sum2_entries(const TableWalk& w, float* t, const float* source, const float* factor, double* out,
-                           double* out2) {
+struct FusedTables {
+    float* t;
+    const float* source;
+    const float* factor;
+    const float* factor2;
+    double* out;
+    double* out2;
+};
+
+template <bool InPlace, bool Factor2, bool Sum2, int FS, int SS, int XS>
+void fused_entries(const TableWalk& w, const FusedTables& z) {
     const WalkDim m = middle_dim(w), in = inner_dim(w);
     const std::size_t tile = FS || SS || XS ? kTile : in.count;
     for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u, std::size_t x) {
@@ -385,57 +316,61 @@ void multiply_sum2_entries(const TableWalk& w, float* t, const float* source, co
             std::size_t ej = e + c, fj = f + FS * c, uj = u + SS * c, xj = x + XS * c;
             for (std::size_t j = 0; j < m.count;
                  ++j, ej += m.step, fj += m.target_step, uj += m.second_step, xj += m.third_step)
-                multiply_sum2_run<InPlace, FS, SS, XS>(t + ej, InPlace ? nullptr : source + ej, factor + fj, out + uj,
-                                                       out2 + xj, n);
+                fused_run<InPlace, Factor2, Sum2, FS, SS, XS>(z.t + ej, InPlace ? nullptr : z.source + ej,
+                                                              z.factor + fj, Factor2 ? z.factor2 + xj : nullptr,
+                                                              z.out + uj, Sum2 ? z.out2 + xj : nullptr, n);
         }
     });
 }
 
-template <bool InPlace, int FS>
-void multiply_sum2_by_steps(const TableWalk& w, int ss, int xs, float* t, const float* source, const float* factor,
-                            double* out, double* out2) {
-    if (ss == 0 && xs == 0) return multiply_sum2_entries<InPlace, FS, 0, 0>(w, t, source, factor, out, out2);
-    if (ss == 0) return multiply_sum2_entries<InPlace, FS, 0, 1>(w, t, source, factor, out, out2);
-    if (xs == 0) return multiply_sum2_entries<InPlace, FS, 1, 0>(w, t, source, factor, out, out2);
-    return multiply_sum2_entries<InPlace, FS, 1, 1>(w, t, source, factor, out, out2);
+template <bool InPlace, bool Factor2, bool Sum2, int FS, int SS>
+void fused_by_third_step(const TableWalk& w, int xs, const FusedTables& z) {
+    if (xs == 0) return fused_entries<InPlace, Factor2, Sum2, FS, SS, 0>(w, z);
+    return fused_entries<InPlace, Factor2, Sum2, FS, SS, 1>(w, z);
 }
 
-template <bool InPlace>
-void multiply_sum2_dispatch(const TableWalk& w, float* t, const float* source, const float* factor, double* out,
-                            double* out2) {
+template <bool InPlace, bool Factor2, bool Sum2>
+void fused_dispatch(const TableWalk& w, const FusedTables& z) {
     const WalkDim in = inner_dim(w);
     const int fs = static_cast<int>(in.target_step), ss = static_cast<int>(in.second_step);
     const int xs = static_cast<int>(in.third_step);
     if (in.step == 1 && fs <= 1 && ss <= 1 && xs <= 1) {
-        if (fs == 0) return multiply_sum2_by_steps<InPlace, 0>(w, ss, xs, t, source, factor, out, out2);
-        return multiply_sum2_by_steps<InPlace, 1>(w, ss, xs, t, source, factor, out, out2);
+        if (fs == 0 && ss == 0) return fused_by_third_step<InPlace, Factor2, Sum2, 0, 0>(w, xs, z);
+        if (fs == 0) return fused_by_third_step<InPlace, Factor2, Sum2, 0, 1>(w, xs, z);
+        if (ss == 0) return fused_by_third_step<InPlace, Factor2, Sum2, 1, 0>(w, xs, z);
+        return fused_by_third_step<InPlace, Factor2, Sum2, 1, 1>(w, xs, z);
     }
     const WalkDim m = middle_dim(w);
     for_each_block3(w, [&](std::size_t e, std::size_t f, std::size_t u, std::size_t x) {
         for (std::size_t j = 0; j < m.count;
              ++j, e += m.step, f += m.target_step, u += m.second_step, x += m.third_step)
             for (std::size_t i = 0; i < in.count; ++i) {
-                const std::size_t at = e + i * in.step;
-                const float v = (InPlace ? t[at] : source[at]) * factor[f + i * in.target_step];
-                t[at] = v;
-                out[u + i * in.second_step] += v;
-                out2[x + i * in.third_step] += v;
+                const std::size_t at = e + i * in.step, third = x + i * in.third_step;
+                float v = (InPlace ? z.t[at] : z.source[at]) * z.factor[f + i * in.target_step];
+                if constexpr (Factor2) v *= z.factor2[third];
+                z.t[at] = v;
+                z.out[u + i * in.second_step] += v;
+                if constexpr (Sum2) z.out2[third] += v;
             }
     });
+}
+
+template <bool Factor2, bool Sum2>
+void fused_sweep(const TableWalk& w, const FusedTables& z) {
+    if (z.source == z.t) fused_dispatch<true, Factor2, Sum2>(w, z);
+    else fused_dispatch<false, Factor2, Sum2>(w, z);
 }
 
 }  // namespace
 
 void walk_multiply_sum2(const TableWalk& w, float* t, const float* source, const float* factor, double* out,
                         double* out2) {
-    if (source == t) multiply_sum2_dispatch<true>(w, t, nullptr, factor, out, out2);
-    else multiply_sum2_dispatch<false>(w, t, source, factor, out, out2);
+    fused_sweep<false, true>(w, {t, source, factor, nullptr, out, out2});
 }
 
 void walk_multiply2_sum(const TableWalk& w, float* t, const float* source, const float* factor, const float* factor2,
                         double* out) {
-    if (source == t) multiply2_sum_dispatch<true>(w, t, nullptr, factor, factor2, out);
-    else multiply2_sum_dispatch<false>(w, t, source, factor, factor2, out);
+    fused_sweep<true, false>(w, {t, source, factor, factor2, out, nullptr});
 }
 
 void walk_multiply_sum(const TableWalk& w, float* t, const float* source, const float* factor, double* out) {
