@@ -2,64 +2,21 @@
 
 #include <thread>
 
-#include "base/environment.h"
 #include "base/failure.h"
-#include "base/report.h"
+#include "base/listener.h"
 #include "base/thread_state.h"
+#include "env_fixture.h"
 
 namespace ravelo {
 namespace {
 
-class ReportsTest : public ::testing::Test {
+class ReportsTest : public EnvTest {
 protected:
     void SetUp() override {
-        env = create_environment();
-        env->life_state = kLifeInitialized;
+        EnvTest::SetUp();
         env->report_limit = 8;
-        set_current_environment(env);
     }
-    void TearDown() override {
-        drop_all_reports(*env);
-        env->store.clear();
-        retire_environment(*env);
-    }
-    Environment* env = nullptr;
 };
-
-TEST_F(ReportsTest, WarningsAreThrottledBeforeErrors) {
-    for (int i = 0; i < 6; ++i) EXPECT_FALSE(is_stock_report(warning(1, "w%d", i)));
-    EXPECT_TRUE(is_stock_report(warning(1, "dropped")));  // 6 >= 3L/4
-    EXPECT_FALSE(is_stock_report(error_report(2, "kept")));
-    EXPECT_FALSE(is_stock_report(error_report(2, "kept")));
-    EXPECT_TRUE(is_stock_report(error_report(2, "dropped")));  // 8 >= L
-    clear_reports(*env, kInternalError);
-    EXPECT_EQ(next_report(*env, 0, nullptr), nullptr);
-    EXPECT_FALSE(is_stock_report(warning(1, "recorded again")));
-}
-
-TEST_F(ReportsTest, NextReportVisitsInOrderBySeverity) {
-    Report* a = warning(1, "a");
-    Report* b = error_report(2, "b");
-    Report* c = notice(3, "c");
-    EXPECT_EQ(next_report(*env, 0, nullptr), a);
-    EXPECT_EQ(next_report(*env, 0, a), b);
-    EXPECT_EQ(next_report(*env, 0, b), c);
-    EXPECT_EQ(next_report(*env, kError, nullptr), b);
-    EXPECT_EQ(next_report(*env, kError, b), nullptr);
-    EXPECT_EQ(b->number, -2);
-    EXPECT_EQ(b->group->severity, kError);  // severity propagates to the group
-}
-
-TEST_F(ReportsTest, AssertionFailureNamesFileLineAndCondition) {
-    try {
-        RAVELO_ASSERT(1 + 1 == 3);
-        FAIL();
-    } catch (const Failure& f) {
-        EXPECT_EQ(f.report->severity, kInternalError);
-        EXPECT_NE(f.report->message.find("report_test-"), std::string::npos);
-        EXPECT_NE(f.report->message.find("(1 + 1 == 3)."), std::string::npos);
-    }
-}
 
 TEST_F(ReportsTest, LesserReportsAreCutOffFirst) {
     for (int i = 0; i < 4; ++i) EXPECT_FALSE(is_stock_report(notice(1, "n%d", i)));
@@ -141,9 +98,6 @@ TEST_F(ReportsTest, MessagesAndFunctionNamesAreBounded) {
     Report* named = warning(2, "named");
     current_function_text().clear();
     EXPECT_EQ(named->function, std::string(100, 'f'));
-    EXPECT_EQ(named->display, 4);
-    EXPECT_EQ(named->fixed_status, -1);
-    EXPECT_EQ(named->display_result, 1);
 }
 
 TEST_F(ReportsTest, OutOfMemoryReportsAreWorded) {
@@ -167,6 +121,68 @@ TEST(ReportsWithoutEnvironment, GoToTheErrorStreamAndYieldTheCriticalReport) {
     EXPECT_EQ(r->number, -2600);
     EXPECT_EQ(r->severity, kInternalError);
     EXPECT_EQ(shown, "\a\n*********\nRavelo Error 4321:\nlost net_bn\n*********\n");
+}
+
+// Listeners run through a guard that reports what they return or throw.
+class ListenerTest : public EnvTest {
+protected:
+    void SetUp() override {
+        EnvTest::SetUp();
+        current_function_text() = "DeleteNode_bn";
+    }
+    void TearDown() override {
+        current_function_text().clear();
+        EnvTest::TearDown();
+    }
+    Report* only_report() {
+        Report* r = next_report(*env, kNullError, nullptr);
+        EXPECT_NE(r, nullptr);
+        EXPECT_EQ(next_report(*env, kNullError, r), nullptr);
+        return r;
+    }
+};
+
+TEST_F(ListenerTest, AcceptedResultsPassThroughWithTheMarkerInPlace) {
+    std::string seen;
+    int result = run_listener("Bnode", "A", 4, [&] {
+        seen = current_function_text();
+        return 7;
+    });
+    EXPECT_EQ(result, 7);
+    EXPECT_EQ(seen, "Callback of DeleteNode_bn: ");
+    EXPECT_EQ(current_function_text(), "DeleteNode_bn");
+    EXPECT_EQ(run_listener("Bnet", "N", 1, [] { return -1003; }), -1003);  // silent failure
+    EXPECT_EQ(next_report(*env, kNullError, nullptr), nullptr);
+}
+
+TEST_F(ListenerTest, NestedCallbackNamesTheFunctionRunningInside) {
+    std::string inner;
+    current_function_text() = "Callback of DeleteNet_bn: DeleteNode_bn";
+    run_listener("Bnode", "A", 4, [&] {
+        inner = current_function_text();
+        return 0;
+    });
+    EXPECT_EQ(inner, "Callback of DeleteNode_bn: ");
+}
+
+TEST_F(ListenerTest, OutOfRangeOrNegativeResultsAreReported) {
+    EXPECT_EQ(run_listener("Bnet", "Net1", 1, [] { return -1001; }), -1001);
+    EXPECT_EQ(only_report()->message, "callback function for net_bn 'Net1' CREATE_EVENT, returned an "
+                                      "out-of-range (<-1000) value");
+    EXPECT_EQ(only_report()->number, -3637);
+    drop_all_reports(*env);
+    EXPECT_EQ(run_listener("Bnode", "C", 9, [] { return -5; }), -5);
+    EXPECT_EQ(only_report()->number, -5173);
+    EXPECT_EQ(only_report()->message, "callback function for node_bn 'C' UNKNOWN_EVENT, returned negative (-5)");
+}
+
+TEST_F(ListenerTest, ThrownFailureIsReportedWithItsTextAndItsReportRemoved) {
+    EXPECT_EQ(run_listener("Bnode", "B", 2, []() -> int { fail(77, "inner trouble"); }), -1002);
+    Report* r = only_report();
+    EXPECT_EQ(r->number, -3636);
+    EXPECT_EQ(r->message, "callback function for node_bn 'B' DUPLICATE_EVENT, threw an exception.  "
+                          "inner trouble");
+    EXPECT_EQ(r->function, "DeleteNode_bn");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "base/lexicon.h"
 #include "base/numbers.h"
 #include "base/stream.h"
 #include "base/text.h"
@@ -64,21 +65,41 @@ TEST(Tokenizer, RawTextAfterALookAheadStartsAtThatToken) {
     EXPECT_EQ(t.next().text, "next");
 }
 
-TEST(Tokenizer, QuotedTextReadsBackUnchanged) {
-    std::string text = "a \"b\" \\ c\nd";
-    std::string written = ravelo::quoted(text);
-    Tokenizer t(written, kNetFileRules, "f");
-    Token token = t.next();
-    EXPECT_EQ(token.kind, Token::String);
-    EXPECT_EQ(token.text, text);
-}
-
 TEST(StreamNames, ExtensionAndBaseName) {
     EXPECT_EQ(extension_of("nets/Alarm.BIF"), "bif");
     EXPECT_EQ(extension_of("dir.x/net"), "");
     EXPECT_EQ(extension_of("net"), "");
     EXPECT_EQ(base_name_of("a/b/asia.uai"), "asia");
     EXPECT_EQ(base_name_of(".hidden"), ".hidden");
+}
+
+TEST(Lexicon, FallbacksFollowTheLookupOrder) {
+    EXPECT_EQ(lookup_term("node", 1), "node");               // only language 0 has it
+    EXPECT_EQ(lookup_term("probtype", 2), "prob_bn");         // language 2's own text
+    EXPECT_EQ(lookup_term("leveltype", 2), "double");         // from language 3
+    EXPECT_EQ(lookup_term("NoCheck", 4), "NoCheck");          // empty text: never substituted
+    EXPECT_EQ(lookup_term("RegularCheck", 4), "RegularCheck");
+    EXPECT_EQ(lookup_term("Bnodes", 3), "nodes");            // language 3 lacks it
+    EXPECT_EQ(lookup_term("ErrorNumber_ns", 3), "RaveloError.getIdNumber");
+    EXPECT_EQ(lookup_term("CloseRavelo_bn", 4), "Application.Quit");
+    EXPECT_EQ(lookup_term("ErrorNumber_ns", 1), "ErrorNumber_ns");  // unknown: the bare word
+    EXPECT_EQ(lookup_term("undef_state_int", 0), "\"undefined state\" ID");
+}
+
+TEST(Lexicon, TemplatesAreCopiedWithTermsReplaced) {
+    EXPECT_EQ(substitute_terms("deleted >-Bnode passed", 1), "deleted node_bn passed");
+    EXPECT_EQ(substitute_terms("two >-Bnode-s here", 1), "two node_bns here");
+    EXPECT_EQ(substitute_terms("only one dash >-Bnet--", 1), "only one dash net_bn-");
+    EXPECT_EQ(substitute_terms("no term >- here, nor at the end >-", 1),
+              "no term >- here, nor at the end >-");
+    EXPECT_EQ(substitute_terms("a > - b -> c", 1), "a > - b -> c");
+    EXPECT_EQ(substitute_terms(">-Bnet:>-Bnode", 0), "net:node");
+}
+
+TEST(Lexicon, LongTermsAreReadWholeButCutTo30) {
+    std::string term(35, 'x');
+    EXPECT_EQ(substitute_terms(">-" + term + " end", 1), std::string(30, 'x') + " end");
+    EXPECT_EQ(lookup_term("Bnet" + std::string(40, '_'), 1), "Bnet" + std::string(26, '_'));
 }
 
 }  // namespace

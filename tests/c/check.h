@@ -1,5 +1,6 @@
 /* The little harness the plain C tests share: EXPECT counts failures and
- * names the line; last_report finds the thread's newest report. */
+ * names the line; last_report finds the thread's newest report, and
+ * EXPECT_REPORT checks it (in the environment named env) and clears them all. */
 #ifndef RAVELO_TESTS_C_CHECK_H
 #define RAVELO_TESTS_C_CHECK_H
 
@@ -34,6 +35,37 @@ static inline void expect_report(environ_ns* env, int number, const char* text, 
         ++failures;
     }
     ClearErrors_ns(env, INTERNAL_ERR);
+}
+#define EXPECT_REPORT(number, text) expect_report(env, number, text, __FILE__, __LINE__)
+
+/* The newest report's number (0 when none); every report is cleared after. */
+static inline int take_number(environ_ns* env) {
+    const report_ns* r = last_report(env);
+    int number = r ? ErrorNumber_ns(r) : 0;
+    ClearErrors_ns(env, INTERNAL_ERR);
+    return number;
+}
+
+/* A new environment, initialised. */
+static inline environ_ns* open_environment(void) {
+    char mesg[MESG_LEN_ns];
+    environ_ns* env = NewRaveloEnviron_ns(NULL, NULL, NULL);
+    EXPECT(env != NULL && InitRavelo2_bn(env, mesg) == 0);
+    return env;
+}
+
+/* Closes the environment; the program's exit status. */
+static inline int finish(environ_ns* env) {
+    char mesg[MESG_LEN_ns];
+    EXPECT(CloseRavelo_bn(env, mesg) == 0);
+    if (failures) fprintf(stderr, "%d failed\n", failures);
+    return failures != 0;
+}
+
+static inline int count_reports(environ_ns* env) {
+    int n = 0;
+    for (const report_ns* r = NULL; (r = GetError_ns(env, NULL_ERR, r)) != NULL;) ++n;
+    return n;
 }
 
 #endif

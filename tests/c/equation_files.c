@@ -2,8 +2,6 @@
  * they were, and the tables built from them on the read net equal those
  * built on the original (and those computed here by hand). */
 #include <math.h>
-#include <stdio.h>
-#include <string.h>
 
 #include "ravelo/ravelo.h"
 #include "check.h"
@@ -19,12 +17,8 @@ enum { kNumEquations = sizeof kEquations / sizeof kEquations[0] };
 
 static net_bn* build(environ_ns* env) {
     net_bn* net = NewNet_bn("Eqs", env);
-    node_bn* a = NewNode_bn("A", 2, net);
-    node_bn* b = NewNode_bn("B", 3, net);
-    node_bn* sum = NewNode_bn("Sum", 4, net);
-    node_bn* wrap = NewNode_bn("Wrap", 4, net);
-    node_bn* t = NewNode_bn("T", 0, net);
-    node_bn* x = NewNode_bn("X", 4, net);
+    node_bn *a = NewNode_bn("A", 2, net), *b = NewNode_bn("B", 3, net), *sum = NewNode_bn("Sum", 4, net);
+    node_bn *wrap = NewNode_bn("Wrap", 4, net), *t = NewNode_bn("T", 0, net), *x = NewNode_bn("X", 4, net);
     const level_bn levels[] = {0, 5, 10, 20};
     SetNodeLevels_bn(t, 3, levels);
     AddLink_bn(a, sum);
@@ -70,9 +64,7 @@ static double normal_cdf(double x, double mean, double sd) {
 }
 
 int main(void) {
-    char mesg[MESG_LEN_ns];
-    environ_ns* env = NewRaveloEnviron_ns(NULL, NULL, NULL);
-    EXPECT(InitRavelo2_bn(env, mesg) == 0);
+    environ_ns* env = open_environment();
     net_bn* net = build(env);
     convert_all(net);
     EXPECT(GetError_ns(env, ERROR_ERR, NULL) == NULL);
@@ -119,7 +111,5 @@ int main(void) {
     DeleteStream_ns(out);
     DeleteNet_bn(again);
     DeleteNet_bn(net);
-    EXPECT(CloseRavelo_bn(env, mesg) == 0);
-    if (failures) fprintf(stderr, "%d failures\n", failures);
-    return failures ? 1 : 0;
+    return finish(env);
 }

@@ -1,53 +1,45 @@
 /* Node equations seen from a plain C program: storing the text, building
  * a table from it, and the reports of conversions that cannot be made. */
 #include <math.h>
-#include <stdio.h>
-#include <string.h>
 
 #include "ravelo/ravelo.h"
 #include "check.h"
 
-#define EXPECT_REPORT(env, number, text) expect_report(env, number, text, __FILE__, __LINE__)
-
 int main(void) {
-    char mesg[MESG_LEN_ns];
-    environ_ns* env = NewRaveloEnviron_ns(NULL, NULL, NULL);
-    EXPECT(InitRavelo2_bn(env, mesg) == 0);
+    environ_ns* env = open_environment();
     net_bn* net = NewNet_bn("N", env);
     node_bn* x = NewNode_bn("X", 3, net);
 
     EXPECT(strcmp(GetNodeEquation_bn(x), "") == 0);
     EquationToTable_bn(x, 1, 0, 0);
-    EXPECT_REPORT(env, 2542, "node 'X' doesnt have a defining equation");
+    EXPECT_REPORT(2542, "node 'X' doesnt have a defining equation");
 
     SetNodeEquation_bn(x, "X () = 2");
     EXPECT(strcmp(GetNodeEquation_bn(x), "X () = 2") == 0);
     EquationToTable_bn(x, 0, 0, 0);
-    EXPECT_REPORT(env, 2590, "argument 'num_samples' must be one or more (it is 0)");
+    EXPECT_REPORT(2590, "argument 'num_samples' must be one or more (it is 0)");
     EquationToTable_bn(x, 5, 3, 0);
-    EXPECT_REPORT(env, 2591, "argument 'samp_unc' must be 0 or 1 (it is 3)");
+    EXPECT_REPORT(2591, "argument 'samp_unc' must be 0 or 1 (it is 3)");
     EquationToTable_bn(x, 5, 0, 0);
     EXPECT(GetError_ns(env, NULL_ERR, NULL) == NULL);
 
     SetNodeEquation_bn(x, "X () = 2.5");
     EquationToTable_bn(x, 1, 0, 0);
-    EXPECT_REPORT(env, 2551, "since X is discrete, its equation should return a state number, which is an "
+    EXPECT_REPORT(2551, "since X is discrete, its equation should return a state number, which is an "
                              "integer, but it is returning 2.5 with input (none)");
     SetNodeEquation_bn(x, "X () = 1 +* 2");
     EquationToTable_bn(x, 1, 0, 0);
-    EXPECT_REPORT(env, 2543, "problem with equation of node 'X':  character '*' unexpected");
+    EXPECT_REPORT(2543, "problem with equation of node 'X':  character '*' unexpected");
     SetNodeEquation_bn(x, "P (X) = X == 7");
     EquationToTable_bn(x, 1, 0, 0);
-    EXPECT_REPORT(env, 2558, "in equation of node X, for 1 out of 1 parent settings (i.e. conditions), no "
+    EXPECT_REPORT(2558, "in equation of node X, for 1 out of 1 parent settings (i.e. conditions), no "
                              "nonzero probability was discovered by sampling, so they were given uniform "
                              "distributions");
 
     EXPECT(strcmp(GetNodeEquation_bn(x), "P (X) = X == 7") == 0);  /* never changed by conversion */
 
     /* A table from an equation over named links and discrete parents. */
-    node_bn* a = NewNode_bn("A", 2, net);
-    node_bn* b = NewNode_bn("B", 3, net);
-    node_bn* sum = NewNode_bn("Sum", 4, net);
+    node_bn *a = NewNode_bn("A", 2, net), *b = NewNode_bn("B", 3, net), *sum = NewNode_bn("Sum", 4, net);
     SetNodeStateNames_bn(b, "b0,b1,b2");
     EXPECT(AddLink_bn(a, sum) == 0);
     EXPECT(AddLink_bn(b, sum) == 1);
@@ -91,9 +83,7 @@ int main(void) {
     ClearErrors_ns(env, INTERNAL_ERR);
     DeleteNode_bn(x);
     EXPECT(GetNodeEquation_bn(x) == NULL);
-    EXPECT_REPORT(env, 5184, "deleted node_bn passed");
+    EXPECT_REPORT(5184, "deleted node_bn passed");
 
-    EXPECT(CloseRavelo_bn(env, mesg) == 0);
-    if (failures) fprintf(stderr, "%d failed\n", failures);
-    return failures ? 1 : 0;
+    return finish(env);
 }

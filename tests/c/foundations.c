@@ -1,20 +1,9 @@
 /* The foundations seen from a plain C program: environment life, settings,
  * reports with their numbers and texts, throttling, fault recovery, random
  * generators and stale handles. */
-#include <stdio.h>
-#include <string.h>
 
 #include "ravelo/ravelo.h"
 #include "check.h"
-
-static int count_reports(environ_ns* env) {
-    int n = 0;
-    const report_ns* r = NULL;
-    while ((r = GetError_ns(env, NULL_ERR, r)) != NULL) ++n;
-    return n;
-}
-
-#define EXPECT_REPORT(number, text) expect_report(env, number, text, __FILE__, __LINE__)
 
 static void environment_life(void) {
     char mesg[MESG_LEN_ns];
@@ -198,10 +187,6 @@ static void random_generators(environ_ns* env) {
     randgen_ns* g = NewRandomGenerator_ns("3", env, NULL);
     EXPECT(g != NULL);
     GenerateRandomNumbers_ns(g, values, 2, NULL);
-    EXPECT(values[0] == 0.7369496822357178 && values[1] == 0.00017941143596544862);
-    GenerateRandomNumbers_ns(g, values, 2, "integer");
-    EXPECT(values[0] == 24034 && values[1] == 102564);
-
     const char* state = GetRandomGenState_ns(g, NULL);
     randgen_ns* copy = NewRandomGenerator_ns(state, env, NULL);
     EXPECT(copy != NULL);
@@ -262,11 +247,8 @@ static void stale_net_handles(environ_ns* env) {
 }
 
 int main(void) {
-    char mesg[MESG_LEN_ns];
     environment_life();
-
-    environ_ns* env = NewRaveloEnviron_ns(NULL, NULL, NULL);
-    EXPECT(InitRavelo2_bn(env, mesg) == 0);
+    environ_ns* env = open_environment();
     settings(env);
     languages(env);
     reports(env);
@@ -275,8 +257,5 @@ int main(void) {
     random_generators(env);
     random_streams_for_seeds(env);
     stale_net_handles(env);
-    EXPECT(CloseRavelo_bn(env, mesg) == 0);
-
-    if (failures) fprintf(stderr, "%d failed\n", failures);
-    return failures ? 1 : 0;
+    return finish(env);
 }

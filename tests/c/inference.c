@@ -1,8 +1,6 @@
 /* Compilation, elimination orders, findings and beliefs seen from a plain C
  * program through the public interface. */
 #include <math.h>
-#include <stdio.h>
-#include <string.h>
 
 #include "ravelo/ravelo.h"
 #include "check.h"
@@ -10,25 +8,13 @@
 
 static environ_ns* env;
 
-/* The number of the thread's last report (0 when none); clears them all. */
-static int last_number(char* message, size_t size) {
-    const report_ns* r = NULL, *last = NULL;
-    while ((r = GetError_ns(env, NULL_ERR, r)) != NULL) last = r;
-    int number = last ? ErrorNumber_ns(last) : 0;
-    if (message) snprintf(message, size, "%s", last ? ErrorMessage_ns(last) : "");
-    ClearErrors_ns(env, INTERNAL_ERR);
-    return number;
-}
-
 static int near(double a, double b) { return fabs(a - b) < 1e-6; }
 
 /* cloudy -> rain, cloudy -> sprinkler, rain & sprinkler -> wet */
 static net_bn* make_net(node_bn** nodes) {
     net_bn* net = NewNet_bn("lawn", env);
-    node_bn* cloudy = NewNode_bn("cloudy", 2, net);
-    node_bn* rain = NewNode_bn("rain", 2, net);
-    node_bn* sprinkler = NewNode_bn("sprinkler", 2, net);
-    node_bn* wet = NewNode_bn("wet", 2, net);
+    node_bn *cloudy = NewNode_bn("cloudy", 2, net), *rain = NewNode_bn("rain", 2, net);
+    node_bn *sprinkler = NewNode_bn("sprinkler", 2, net), *wet = NewNode_bn("wet", 2, net);
     AddLink_bn(cloudy, rain);
     AddLink_bn(cloudy, sprinkler);
     AddLink_bn(rain, wet);
@@ -60,15 +46,12 @@ static double wet_true(void) {
 }
 
 static void test_compile_and_sizes(net_bn* net) {
-    char msg[600];
     EXPECT(SizeCompiledNet_bn(net, 0) == -1.0);
-    EXPECT(last_number(msg, sizeof msg) == 5610);
-    EXPECT(strcmp(msg, "net_bn 'lawn' has no junction tree (it is not yet compiled)") == 0);
+    EXPECT_REPORT(5610, "net_bn 'lawn' has no junction tree (it is not yet compiled)");
     CompileNet_bn(net);
-    EXPECT(last_number(NULL, 0) == 0);
+    EXPECT(take_number(env) == 0);
     EXPECT(SizeCompiledNet_bn(net, 1) == -1.0);
-    EXPECT(last_number(msg, sizeof msg) == 5609);
-    EXPECT(strcmp(msg, "argument 'method' is 1, but with this version of Ravelo it must be 0") == 0);
+    EXPECT_REPORT(5609, "argument 'method' is 1, but with this version of Ravelo it must be 0");
     /* Two cliques of 8 entries and a sepset of 4. */
     EXPECT(SizeCompiledNet_bn(net, 0) == 20.0);
     EXPECT(GetNetElimOrder_bn(net) != NULL);
@@ -78,32 +61,28 @@ static void test_compile_and_sizes(net_bn* net) {
     EXPECT(SizeCompiledNet_bn(net, 0) == 16.0);
     EXPECT(NthNode_bn(GetNetElimOrder_bn(net), 0) == GetNodeNamed_bn("rain", net));
     CompileNetWith_bn(net, "quickly");
-    EXPECT(last_number(NULL, 0) == 5611);
+    EXPECT(take_number(env) == 5611);
 }
 
 static void test_elim_order(net_bn* net, node_bn** n) {
-    char msg[600];
     nodelist_bn* order = NewNodeList2_bn(0, net);
     for (int i = 3; i >= 1; --i) AddNodeToList_bn(n[i], order, LAST_ENTRY);
     SetNetElimOrder_bn(order, net);
-    EXPECT(last_number(msg, sizeof msg) == 2290);
-    EXPECT(strcmp(msg, "couldn't set the elimination order of net 'lawn', because new list is missing a node (named 'cloudy')") == 0);
+    EXPECT_REPORT(2290, "couldn't set the elimination order of net 'lawn', because new list is missing a node (named 'cloudy')");
     EXPECT(SizeCompiledNet_bn(net, 0) == 16.0); /* still compiled */
     AddNodeToList_bn(n[3], order, LAST_ENTRY);
     SetNetElimOrder_bn(order, net);
-    EXPECT(last_number(msg, sizeof msg) == 2290);
-    EXPECT(strcmp(msg, "couldn't set the elimination order of net 'lawn', because new list contains a duplicate node (named 'wet')") == 0);
+    EXPECT_REPORT(2290, "couldn't set the elimination order of net 'lawn', because new list contains a duplicate node (named 'wet')");
     nodelist_bn* holes = NewNodeList2_bn(4, net);
     SetNetElimOrder_bn(holes, net);
-    EXPECT(last_number(msg, sizeof msg) == 2290);
-    EXPECT(strcmp(msg, "couldn't set the elimination order of net 'lawn', because new list contains a NULL") == 0);
+    EXPECT_REPORT(2290, "couldn't set the elimination order of net 'lawn', because new list contains a NULL");
     DeleteNodeList_bn(holes);
     RemoveNthNode_bn(order, LAST_ENTRY);
     AddNodeToList_bn(n[0], order, LAST_ENTRY);
     SetNetElimOrder_bn(order, net);
-    EXPECT(last_number(NULL, 0) == 0);
+    EXPECT(take_number(env) == 0);
     EXPECT(SizeCompiledNet_bn(net, 0) == -1.0); /* a new order discards the tree */
-    last_number(NULL, 0);
+    take_number(env);
     CompileNet_bn(net);
     SetNetElimOrder_bn(order, net);              /* the same order again */
     EXPECT(SizeCompiledNet_bn(net, 0) == 20.0);  /* ... changes nothing */
@@ -113,7 +92,6 @@ static void test_elim_order(net_bn* net, node_bn** n) {
 }
 
 static void test_beliefs(net_bn* net, node_bn** n) {
-    char msg[600];
     const prob_bn* b = GetNodeBeliefs_bn(n[3]);
     EXPECT(b && near(b[0], wet_true()));
     EXPECT(IsBeliefUpdated_bn(n[3]));
@@ -140,13 +118,12 @@ static void test_beliefs(net_bn* net, node_bn** n) {
     MostProbableConfig_bn(pair, config, 0);
     EXPECT(config[0] >= 0 && config[1] >= 0 && !(config[0] == 1 && config[1] == 1));
     MostProbableConfig_bn(pair, config, 1);
-    EXPECT(last_number(NULL, 0) == 5616);
+    EXPECT(take_number(env) == 5616);
     DeleteNodeList_bn(pair);
 
     prob_bn lik[] = {0.5f, 0.5f};
     EnterNodeLikelihood_bn(n[0], NULL);
-    EXPECT(last_number(msg, sizeof msg) == 5514);
-    EXPECT(strcmp(msg, "argument 'likelihood' is NULL, for node_bn cloudy") == 0);
+    EXPECT_REPORT(5514, "argument 'likelihood' is NULL, for node_bn cloudy");
     EnterNodeLikelihood_bn(n[0], lik);
     EXPECT(GetNodeFinding_bn(n[0]) == UNDEF_STATE);
     RetractNodeFindings_bn(n[3]);
@@ -161,33 +138,29 @@ static void test_beliefs(net_bn* net, node_bn** n) {
     EnterFinding_bn(n[2], 1);
     EnterFinding_bn(n[3], 0);
     b = GetNodeBeliefs_bn(n[0]);
-    EXPECT(last_number(msg, sizeof msg) == 2078);
+    EXPECT(ErrorNumber_ns(last_report(env)) == 2078);
     EXPECT(b && b[0] == 0.0f && b[1] == 0.0f);
     EXPECT(FindingsProbability_bn(net) == -1.0);
-    last_number(NULL, 0);
+    take_number(env);
     RetractNetFindings_bn(net);
     EXPECT(near(GetNodeBeliefs_bn(n[3])[0], wet_true()));
 
     node_bn* util = NewNode_bn("worth", 0, net);
     SetNodeKind_bn(util, UTILITY_NODE);
-    last_number(NULL, 0);
+    take_number(env);
     nodelist_bn* with_util = DupNodeList_bn(GetNetNodes2_bn(net, NULL));
     SetNetElimOrder_bn(with_util, net);
-    EXPECT(last_number(msg, sizeof msg) == 2290);
-    EXPECT(strcmp(msg, "couldn't set the elimination order of net 'lawn', because new list contains a utility node (named 'worth')") == 0);
+    EXPECT_REPORT(2290, "couldn't set the elimination order of net 'lawn', because new list contains a utility node (named 'worth')");
     DeleteNodeList_bn(with_util);
     CompileNetWith_bn(net, "optimize");
-    EXPECT(last_number(msg, sizeof msg) == 2007);
-    EXPECT(strcmp(msg, "can't use optimizing compiler for net 'lawn' because it has a decision node(s)") == 0);
+    EXPECT_REPORT(2007, "can't use optimizing compiler for net 'lawn' because it has a decision node(s)");
     EXPECT(GetNodeFinding_bn(util) == UNDEF_STATE);
-    EXPECT(last_number(msg, sizeof msg) == 5515);
+    EXPECT(take_number(env) == 5515);
     GetNodeBeliefs_bn(util);
-    EXPECT(last_number(msg, sizeof msg) == 2364);
-    EXPECT(strcmp(msg, "'worth' is a utility node, but can only get beliefs of a nature node or decision node") == 0);
+    EXPECT_REPORT(2364, "'worth' is a utility node, but can only get beliefs of a nature node or decision node");
 }
 
 static void test_relations(node_bn** n) {
-    char msg[600];
     nodelist_bn* out = NewNodeList2_bn(0, GetNodeNet_bn(n[0]));
     GetRelatedNodes_bn(out, "children", n[0]);
     EXPECT(LengthNodeList_bn(out) == 2);
@@ -196,43 +169,39 @@ static void test_relations(node_bn** n) {
     EXPECT(IsNodeRelated_bn(n[0], "ancestors", n[3]));
     EXPECT(!IsNodeRelated_bn(n[3], "ancestors", n[0]));
     GetRelatedNodes_bn(out, "cousins", n[0]);
-    EXPECT(last_number(msg, sizeof msg) == 5672);
-    EXPECT(strcmp(msg, "invalid relation 'cousins' starting at character position 0") == 0);
+    EXPECT_REPORT(5672, "invalid relation 'cousins' starting at character position 0");
     EXPECT(LengthNodeList_bn(out) == 2);
     GetRelatedNodes_bn((nodelist_bn*)GetNodeParents_bn(n[3]), "parents", n[3]);
-    EXPECT(last_number(NULL, 0) == 5147); /* a constant list */
+    EXPECT(take_number(env) == 5147); /* a constant list */
     DeleteNodeList_bn(out);
 }
 
 /* A family of 10^5 entries: 400 KB of tables, above a 200 KB limit. */
 static void test_memory_limit(void) {
-    char msg[600];
     net_bn* net = NewNet_bn("wide", env);
     node_bn* child = NewNode_bn("child", 10, net);
     const char* names[] = {"p1", "p2", "p3", "p4"};
     for (int i = 0; i < 4; ++i) AddLink_bn(NewNode_bn(names[i], 10, net), child);
     double previous = LimitMemoryUsage_ns(200000, env);
     CompileNet_bn(net);
-    EXPECT(last_number(msg, sizeof msg) == 3632);
-    EXPECT(strstr(msg, "to compile/update net 'wide' (see LimitMemoryUsage_ns)") != NULL);
+    EXPECT(ErrorNumber_ns(last_report(env)) == 3632);
+    EXPECT(strstr(ErrorMessage_ns(last_report(env)), "to compile/update net 'wide' (see LimitMemoryUsage_ns)"));
     EXPECT(SizeCompiledNet_bn(net, 0) == -1.0);
     EXPECT(GetNetElimOrder_bn(net) == NULL);
-    last_number(NULL, 0);
+    take_number(env);
     LimitMemoryUsage_ns(previous > 0 ? previous : 1e15, env);
     CompileNet_bn(net);
-    EXPECT(last_number(msg, sizeof msg) == 2760); /* only the first table warning */
-    EXPECT(strcmp(msg, "some node(s) (e.g. child) don't have conditional probability tables (CPTs) (they will be taken as having uniform probabilities)") == 0);
+    EXPECT_REPORT(2760, "some node(s) (e.g. child) don't have conditional probability tables (CPTs) (they "
+                        "will be taken as having uniform probabilities)"); /* only the first table warning */
     EXPECT(SizeCompiledNet_bn(net, 0) == 1e5);
     DeleteNet_bn(net);
 }
 
 int main(void) {
-    char mesg[MESG_LEN_ns];
-    env = NewRaveloEnviron_ns(NULL, NULL, NULL);
-    EXPECT(InitRavelo2_bn(env, mesg) == 0);
+    env = open_environment();
     node_bn* n[4];
     net_bn* net = make_net(n);
-    EXPECT(last_number(NULL, 0) == 0);
+    EXPECT(take_number(env) == 0);
     test_compile_and_sizes(net);
     test_elim_order(net, n);
     test_beliefs(net, n);
@@ -242,11 +211,9 @@ int main(void) {
     node_bn* gone = n[0];
     DeleteNode_bn(gone);
     EnterFinding_bn(gone, 0);
-    EXPECT(last_number(NULL, 0) == 5184);
+    EXPECT(take_number(env) == 5184);
     EXPECT(GetNodeBeliefs_bn(NULL) == NULL);
-    EXPECT(last_number(NULL, 0) == 5105);
+    EXPECT(take_number(env) == 5105);
     DeleteNet_bn(net);
-    CloseRavelo_bn(env, mesg);
-    if (failures) fprintf(stderr, "%d failures\n", failures);
-    return failures ? 1 : 0;
+    return finish(env);
 }

@@ -1,13 +1,10 @@
 /* Streams and net files seen from a plain C program: memory and file
  * streams, reading and writing nets, and the reports of bad arguments. */
 #include <math.h>
-#include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
 
 #include "ravelo/ravelo.h"
 #include "check.h"
-
 
 /* The newest report's message (empty when none), then every report is cleared. */
 static const char* last_message(environ_ns* env) {
@@ -72,9 +69,7 @@ static const char* const kNet =
     "};\n";
 
 int main(void) {
-    char mesg[MESG_LEN_ns];
-    environ_ns* env = NewRaveloEnviron_ns(NULL, NULL, NULL);
-    EXPECT(InitRavelo2_bn(env, mesg) == 0);
+    environ_ns* env = open_environment();
 
     /* A net read from memory, written back to memory, read again. */
     stream_ns* in = NewMemoryStream_ns("tiny.dne", env, NULL);
@@ -141,6 +136,5 @@ int main(void) {
     DeleteStream_ns(in);
     DeleteStream_ns(out);
     check_definitions(env);
-    EXPECT(CloseRavelo_bn(env, mesg) == 0);
-    return failures == 0 ? 0 : 1;
+    return finish(env);
 }

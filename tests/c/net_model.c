@@ -1,28 +1,16 @@
 /* The net model seen from a plain C program: a small net built through the
  * interface, its tables, refused calls read back by number and text, and
  * handles that outlive their objects. */
-#include <stdio.h>
-#include <string.h>
 
 #include "ravelo/ravelo.h"
 #include "check.h"
-
-static int last_number(environ_ns* env) {
-    const report_ns* r = last_report(env);
-    int n = r ? ErrorNumber_ns(r) : 0;
-    ClearErrors_ns(env, INTERNAL_ERR);
-    return n;
-}
-
-#define EXPECT_REPORT(number, text) expect_report(env, number, text, __FILE__, __LINE__)
 
 static void names_and_links(environ_ns* env) {
     net_bn* net = NewNet_bn("Links", env);
     EXPECT(NewNode_bn("abcdefghijabcdefghijabcdefghij", 2, net) != NULL);
     EXPECT(NewNode_bn("abcdefghijabcdefghijabcdefghijK", 2, net) == NULL);
     EXPECT_REPORT(3212, "'abcdefghijabcdefghijabcdefghijK' is not a legal name for a node");
-    node_bn* a = NewNode_bn("a", 2, net);
-    node_bn* b = NewNode_bn("b", 2, net);
+    node_bn *a = NewNode_bn("a", 2, net), *b = NewNode_bn("b", 2, net);
     EXPECT(NewNode_bn("a", 2, net) == NULL);
     EXPECT_REPORT(3210, "can't add node a to net Links because it already has a node with that name");
     SetNodeStateName_bn(a, 0, "1x");
@@ -127,20 +115,17 @@ static void states_and_tables(environ_ns* env) {
 }
 
 int main(void) {
-    char mesg[MESG_LEN_ns];
-    environ_ns* env = NewRaveloEnviron_ns(NULL, NULL, NULL);
-    EXPECT(InitRavelo2_bn(env, mesg) == 0);
+    environ_ns* env = open_environment();
 
     net_bn* net = NewNet_bn("Asia", env);
-    node_bn* smoke = NewNode_bn("Smoking", 2, net);
-    node_bn* cancer = NewNode_bn("Cancer", 2, net);
+    node_bn *smoke = NewNode_bn("Smoking", 2, net), *cancer = NewNode_bn("Cancer", 2, net);
     node_bn* xray = NewNode_bn("XRay", 2, net);
     SetNodeStateNames_bn(smoke, "no, yes");
     SetNodeStateNames_bn(cancer, "absent present");
     EXPECT(AddLink_bn(smoke, cancer) == 0);
     EXPECT(AddLink_bn(cancer, xray) == 0);
     EXPECT(AddLink_bn(xray, smoke) == -1);
-    EXPECT(last_number(env) == 3223);
+    EXPECT(take_number(env) == 3223);
 
     prob_bn p_smoke[2] = {0.5f, 0.5f};
     SetNodeProbs_bn(smoke, NULL, p_smoke);
@@ -151,11 +136,11 @@ int main(void) {
     EXPECT(GetNodeProbs_bn(cancer, yes)[1] == 0.1f);
     prob_bn too_much[2] = {0.9f, 0.2f};
     SetNodeProbs_bn(cancer, yes, too_much);
-    EXPECT(last_number(env) == 3072);
+    EXPECT(take_number(env) == 3072);
     EXPECT(GetNodeProbs_bn(cancer, yes)[1] == 0.1f);
 
     SetNodeKind_bn(xray, (nodekind_bn)99);
-    EXPECT(last_number(env) == 3243);
+    EXPECT(take_number(env) == 3243);
     SetNodeKind_bn(xray, DECISION_NODE);
     EXPECT(GetNodeKind_bn(xray) == DECISION_NODE);
 
@@ -171,21 +156,19 @@ int main(void) {
     EXPECT(stand_in != NULL && GetNodeKind_bn(stand_in) == DISCONNECTED_NODE);
     EXPECT(strcmp(GetNodeName_bn(stand_in), "Cancer") == 0);
     EXPECT(GetNodeNumberStates_bn(cancer) == -1);
-    EXPECT(last_number(env) == 5184);
+    EXPECT(take_number(env) == 5184);
 
     nodelist_bn* mine = DupNodeList_bn(nodes);
     DeleteNet_bn(net);
     EXPECT(GetNetName_bn(net) == NULL);
-    EXPECT(last_number(env) == 5142);
+    EXPECT(take_number(env) == 5142);
     EXPECT(LengthNodeList_bn(mine) == 3); /* the caller's list outlives the net */
     DeleteNodeList_bn(mine);
     EXPECT(LengthNodeList_bn(mine) == -1);
-    EXPECT(last_number(env) == 5146);
+    EXPECT(take_number(env) == 5146);
 
     names_and_links(env);
     states_and_tables(env);
 
-    EXPECT(CloseRavelo_bn(env, mesg) == 0);
-    if (failures) fprintf(stderr, "%d failures\n", failures);
-    return failures != 0;
+    return finish(env);
 }

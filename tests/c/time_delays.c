@@ -2,7 +2,6 @@
  * allow cycles through them, persistence must be positive, compiling waits
  * for the net to be expanded in time, and the net survives a write and read. */
 #include <stdlib.h>
-#include <string.h>
 
 #include "ravelo/ravelo.h"
 #include "check.h"
@@ -45,28 +44,21 @@ static void persistence_must_be_positive(environ_ns* env) {
     EXPECT(read_text(env, "bad.dne",
                      "// ~->[DNET-1]->~\n\nbnet Bad {\n"
                      "node Rain { states = (yes, no); persist = (0, 1); };\n};\n") == NULL);
-    expect_report(env, 3400,
-                  "invalid node persistance of zero, for node 'Rain', dimension 1 (line 4 of 'bad.dne')",
-                  __FILE__, __LINE__);
+    EXPECT_REPORT(3400, "invalid node persistance of zero, for node 'Rain', dimension 1 (line 4 of 'bad.dne')");
     EXPECT(read_text(env, "bad.dne",
                      "// ~->[DNET-1]->~\n\nbnet Bad {\n"
                      "node Rain { states = (yes, no); persist = (1, -0.5); };\n};\n") == NULL);
-    expect_report(env, 3400,
-                  "invalid node persistance -0.5 (negative not allowed), for node 'Rain', dimension 2 "
-                  "(line 4 of 'bad.dne')",
-                  __FILE__, __LINE__);
+    EXPECT_REPORT(3400, "invalid node persistance -0.5 (negative not allowed), for node 'Rain', dimension 2 "
+                  "(line 4 of 'bad.dne')");
 }
 
 int main(void) {
-    char mesg[MESG_LEN_ns];
-    environ_ns* env = NewRaveloEnviron_ns(NULL, NULL, NULL);
-    EXPECT(InitRavelo2_bn(env, mesg) == 0);
+    environ_ns* env = open_environment();
 
     net_bn* net = read_text(env, "dyn.dne", kDynamic);
     EXPECT(net != NULL);
     if (!net) return 1;
-    node_bn* rain = GetNodeNamed_bn("Rain", net);
-    node_bn* wet = GetNodeNamed_bn("Wet", net);
+    node_bn *rain = GetNodeNamed_bn("Rain", net), *wet = GetNodeNamed_bn("Wet", net);
     node_bn* umbrella = GetNodeNamed_bn("Umbrella", net);
 
     /* Wet -> Rain closes a cycle through the delayed link Rain -> Wet. */
@@ -74,10 +66,8 @@ int main(void) {
     EXPECT(last_report(env) == NULL);
     /* Umbrella -> Wet would close Wet -> Umbrella -> Wet, with no delay on it. */
     EXPECT(AddLink_bn(umbrella, wet) == -1);
-    expect_report(env, 3223,
-                  "can't connect node 'Umbrella' to node 'Wet', because that would result in a directed "
-                  "cycle (with no time delays)",
-                  __FILE__, __LINE__);
+    EXPECT_REPORT(3223, "can't connect node 'Umbrella' to node 'Wet', because that would result in a directed "
+                  "cycle (with no time delays)");
     /* Switching the parent of a delayed link keeps its delay, so that cycle is allowed. */
     SwitchNodeParent_bn(0, wet, umbrella);
     EXPECT(last_report(env) == NULL);
@@ -87,26 +77,19 @@ int main(void) {
     EXPECT(AddDelayedLink_bn(umbrella, umbrella, "1") == 1);
     EXPECT(last_report(env) == NULL);
     EXPECT(AddDelayedLink_bn(rain, umbrella, "-1") == -1);
-    expect_report(env, 3218,
-                  "can't connect node 'Rain' to node 'Umbrella', because the delay of the link from node 'Rain' "
-                  "to node 'Umbrella' is negative (-1)",
-                  __FILE__, __LINE__);
+    EXPECT_REPORT(3218, "can't connect node 'Rain' to node 'Umbrella', because the delay of the link from node 'Rain' "
+                  "to node 'Umbrella' is negative (-1)");
 
     /* Delays through the interface: a cycle keeps the delay it needs, and none is negative. */
     EXPECT(strcmp(GetNodeInputDelay_bn(wet, 0), "1") == 0);
     SetNodeInputDelay_bn(wet, 0, "0");
-    expect_report(env, 3229,
-                  "can't remove the time delay of the link from node 'Umbrella' to node 'Wet', because that "
-                  "would result in a directed cycle (with no time delays)",
-                  __FILE__, __LINE__);
+    EXPECT_REPORT(3229, "can't remove the time delay of the link from node 'Umbrella' to node 'Wet', because that "
+                  "would result in a directed cycle (with no time delays)");
     SetNodeInputDelay_bn(rain, 1, "-1");
-    expect_report(env, 3228,
-                  "can't change the time delay of link 1 of node 'Rain', because the delay of the link from "
-                  "node 'Wet' to node 'Rain' is negative (-1)",
-                  __FILE__, __LINE__);
+    EXPECT_REPORT(3228, "can't change the time delay of link 1 of node 'Rain', because the delay of the link from "
+                  "node 'Wet' to node 'Rain' is negative (-1)");
     EXPECT(GetNodeInputDelay_bn(rain, 2) == NULL);
-    expect_report(env, 5223, "argument 'link_index' is 2, but node 'Rain' has 2 parent links (numbered from 0)",
-                  __FILE__, __LINE__);
+    EXPECT_REPORT(5223, "argument 'link_index' is 2, but node 'Rain' has 2 parent links (numbered from 0)");
     SetNodeInputDelay_bn(rain, 1, "2");
     EXPECT(last_report(env) == NULL);
     EXPECT(strcmp(GetNodeInputDelay_bn(rain, 1), "2") == 0);
@@ -114,9 +97,7 @@ int main(void) {
     persistence_must_be_positive(env);
 
     CompileNet_bn(net);
-    expect_report(env, 2072,
-                  "can't compile net 'Dyn', because it has time-delay links (node 'Rain'); expand it in time first",
-                  __FILE__, __LINE__);
+    EXPECT_REPORT(2072, "can't compile net 'Dyn', because it has time-delay links (node 'Rain'); expand it in time first");
 
     /* Written and read back, it is the same net, delays and all. */
     char* text = write_text(net, env);
@@ -130,6 +111,5 @@ int main(void) {
     free(text);
     free(text_again);
 
-    EXPECT(CloseRavelo_bn(env, mesg) == 0);
-    return failures ? 1 : 0;
+    return finish(env);
 }

@@ -103,8 +103,7 @@ TEST_F(DistributionTest, ParametersOutOfRangeAreReported) {
 }
 
 TEST_F(DistributionTest, NoisyFamily) {
-    Node* effect = discrete("Effect", {"false", "true"});
-    Node* c1 = discrete("C1", {"false", "true"});
+    Node *effect = discrete("Effect", {"false", "true"}), *c1 = discrete("C1", {"false", "true"});
     Node* c2 = discrete("C2", {"false", "true"});
     connect(*c1, *effect);
     connect(*c2, *effect);
@@ -161,7 +160,6 @@ TEST_F(DistributionTest, ArgumentChecksOfManyArgumentFunctions) {
         {"NoisyOrMultiDist (E, 2, 1, 0, 1, 1, max (1.5, 0))", "seventh argument is 1.5, but it should be in [0,1] range since it is a probability for NoisyOrMultiDist"},
         {"NoisyMaxTableDist (E, 2, 1, 0, 1, 0.5)", "wrong number of arguments to NoisyMaxTableDist"},
         {"NoisyMaxTableDist (E, 2, max (0.5, 0), 0.4)", "a probability vector in NoisyMaxDist doesn't sum to 1"},
-        {"NoisySumTableDist (E, 2, 0, 0.5)", "convert this equation to CPT table before using, since it contains the NoisySumTableDist function"},
     };
     Node* e = discrete("E", {"false", "true"});
     for (const auto& c : cases) {
@@ -172,8 +170,7 @@ TEST_F(DistributionTest, ArgumentChecksOfManyArgumentFunctions) {
 }
 
 TEST_F(DistributionTest, ParseChecksOfTheNoisyFamily) {
-    Node* e = discrete("E", {"false", "true"});
-    Node* c = discrete("C", {"false", "true"});
+    Node *e = discrete("E", {"false", "true"}), *c = discrete("C", {"false", "true"});
     for (Node* p : {c, x}) connect(*p, *e);
     const struct {
         const char* text;

@@ -7,9 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "base/environment.h"
+#include "base/env_fixture.h"
 #include "base/failure.h"
-#include "base/report.h"
 #include "base/text.h"
 #include "eqn/evaluate.h"
 #include "eqn/parser.h"
@@ -18,19 +17,11 @@
 
 namespace ravelo {
 
-class EquationTest : public ::testing::Test {
+class EquationTest : public EnvTest {
 protected:
     void SetUp() override {
-        env = create_environment();
-        env->life_state = kLifeInitialized;
-        set_current_environment(env);
+        EnvTest::SetUp();
         net = create_net(*env, "net");
-    }
-    void TearDown() override {
-        drop_all_reports(*env);
-        env->store.clear();
-        retire_environment(*env);
-        set_current_environment(nullptr);
     }
 
     Node* discrete(const char* name, std::initializer_list<const char*> states,
@@ -98,7 +89,6 @@ protected:
     }
     int count_reports() { return static_cast<int>(reports().size()); }
 
-    Environment* env = nullptr;
     Net* net = nullptr;
     ParseProblem problem;
     int scratch_count = 0;

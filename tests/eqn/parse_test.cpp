@@ -1,32 +1,8 @@
-// Parsing: both forms of an equation, precedence and grouping, name
-// resolution, state indicators and the messages of faulty equations.
+// Parsing: both forms of an equation, name resolution, state indicators and
+// the messages of faulty equations.
 #include <cmath>
 
 #include "eqn_fixture.h"
-
-namespace ravelo {
-namespace {
-
-using ParseTest = EquationTest;
-
-TEST_F(ParseTest, PrecedenceAndGrouping) {
-    EXPECT_EQ(value_of("2 ^ 3 ^ 2"), 512);
-    EXPECT_EQ(value_of("10 - 3 - 2"), 5);
-    EXPECT_EQ(value_of("2 + 3 * 4"), 14);
-    EXPECT_EQ(value_of("(2 + 3) * 4"), 20);
-    EXPECT_EQ(value_of("-2 ^ 2"), 4);             // a negative literal
-    EXPECT_EQ(value_of("1 < 2 && 3 < 2 || true"), 1);
-    EXPECT_EQ(value_of("false ? 1 : false ? 2 : 3"), 3);  // nests to the right
-    EXPECT_EQ(value_of("true ? 1 : false ? 2 : 3"), 1);
-    EXPECT_EQ(value_of("100 / 10 / 5"), 2);
-    EXPECT_EQ(value_of("7 % 4 * 2"), 6);
-    EXPECT_EQ(value_of("!(1 == 2)"), 1);
-    EXPECT_EQ(value_of("((((1))))"), 1);
-    EXPECT_EQ(value_of("plus (1, 2, 3) + pow (2, 3)"), 14);
-}
-
-}  // namespace
-}  // namespace ravelo
 
 namespace ravelo {
 namespace {
@@ -57,30 +33,6 @@ protected:
     }
     Node *color, *size, *temp, *flag, *out, *real_out;
 };
-
-TEST_F(ParseNetTest, BothFormsAndTheirNames) {
-    auto eq = parse(out, "Out (Color, Temp) = Color");
-    ASSERT_TRUE(eq);
-    EXPECT_FALSE(eq->probabilistic);
-    ASSERT_EQ(eq->vars.size(), 3u);
-    EXPECT_EQ(eq->vars[2].node, out);  // the output comes last
-    EXPECT_EQ(eq->output_var, 2);
-    EXPECT_TRUE(parse(out, "f (Color) = Color"));
-    for (const char* text : {"p (Reading | Temp) = NormalDist (Reading, Temp, 1)",
-                             "P (Reading | Temp) = NormalDist (Reading, Temp, 1)"}) {
-        Node* node = real_out;
-        auto prob = parse(node, text);
-        ASSERT_TRUE(prob) << problem.message;
-        EXPECT_TRUE(prob->probabilistic);
-        EXPECT_EQ(prob->upper_p, text[0] == 'P');
-        EXPECT_EQ(prob->output_var, 0);
-        EXPECT_EQ(prob->num_before_bar, 1);
-    }
-    auto cdf = parse(real_out, "P (<Reading | Temp) = NormalDist (Reading, Temp, 1)");
-    ASSERT_TRUE(cdf);
-    EXPECT_EQ(cdf->num_cumulative, 1);
-    EXPECT_TRUE(cdf->vars[0].cumulative);
-}
 
 TEST_F(ParseNetTest, NegativeLiteralAgainstSubtraction) {
     Node* x = continuous("X");
@@ -204,15 +156,6 @@ TEST_F(ParseNetTest, FaultyProbabilityEquations) {
         {"P (Reading | Temp) = NormalDist (Reading, Temp, 1) +", "missing second argument of operator +"},
     };
     for (const Faulty& c : cases) EXPECT_EQ(parse_error(real_out, c.text), c.message) << c.text;
-}
-
-TEST_F(ParseNetTest, ProblemsCarryPositionAndContext) {
-    EXPECT_FALSE(parse(out, "Out (Color) = 1 + zork"));
-    EXPECT_EQ(problem.position, 18);
-    EXPECT_STREQ(problem.context, "parsing expression");
-    EXPECT_FALSE(parse(real_out, "P (Reading | Temp) = zork"));
-    EXPECT_STREQ(problem.context, "parsing probability function");
-    EXPECT_EQ(problem.position, 21);
 }
 
 TEST_F(ParseNetTest, LinkNamesStandForParents) {

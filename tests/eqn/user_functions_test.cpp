@@ -60,16 +60,6 @@ TEST_F(UserFunctionTest, ArgumentsTakeThePlacesOfTheDefinitionsNames) {
     EXPECT_DOUBLE_EQ(value_at("Out (T) = twice_gap (T, T / 2)", 4), 40);
 }
 
-TEST_F(UserFunctionTest, CallsAreCheckedLikeBuiltIns) {
-    define("scaled_gap", "f (U, V) = (U - V) * 10");
-    EXPECT_FALSE(parse_with_functions("Out (T) = scaled_gap (T, 1, 2)"));
-    EXPECT_EQ(problem.message, "too many arguments for function 'scaled_gap' (requires 2)");
-    EXPECT_FALSE(parse_with_functions("Out (T) = scaled_gap (T)"));
-    EXPECT_EQ(problem.message, "too few arguments for function 'scaled_gap' (requires 2, but 1 supplied)");
-    // Without the table the name means nothing.
-    EXPECT_EQ(parse_error(out, "Out (T) = scaled_gap (T, 1)"), "unknown function 'scaled_gap'");
-}
-
 TEST_F(UserFunctionTest, FailuresInsideTheBodyGiveUndefAndAReport) {
     define("ratio", "f (U, V) = U / V");
     EXPECT_TRUE(is_undef(value_at("Out (T) = ratio (T, 0) + 1", 2)));

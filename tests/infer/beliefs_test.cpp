@@ -7,17 +7,7 @@
 namespace ravelo {
 namespace {
 
-class BeliefsTest : public NetTest {
-protected:
-    void fresh_random_net(unsigned seed, int nodes, int parents) {
-        for (Node* n : std::vector<Node*>(net->nodes.nodes)) delete_node(*n);
-        std::mt19937 rng(seed);
-        random_net(rng, nodes, parents);
-        random_tables(rng);
-        net->auto_update = 0;
-        compile_net(*net, {});
-    }
-};
+using BeliefsTest = NetTest;
 
 TEST_F(BeliefsTest, MatchBruteForceWithFindingsEnteredAndRetracted) {
     for (unsigned seed = 1; seed <= 12; ++seed) {
@@ -62,8 +52,7 @@ TEST_F(BeliefsTest, TablesChangedAfterUpdateAreReloaded) {
 }
 
 TEST_F(BeliefsTest, ImpossibleFindingsFailWith2078AndRecoverOnRetraction) {
-    Node* a = node("a", 2);
-    Node* b = node("b", 2, {a});
+    Node *a = node("a", 2), *b = node("b", 2, {a});
     a->cpt = {0.4f, 0.6f};
     b->cpt = {1.0f, 0.0f, 0.3f, 0.7f};  // a=0 forces b=0
     net->auto_update = 0;
@@ -81,8 +70,7 @@ TEST_F(BeliefsTest, ImpossibleFindingsFailWith2078AndRecoverOnRetraction) {
 
 // Reaching a condition declared impossible is the other way findings get probability zero.
 TEST_F(BeliefsTest, ZeroThroughAnImpossibleConditionSaysSo) {
-    Node* a = node("a", 2);
-    Node* b = node("b", 2, {a});
+    Node *a = node("a", 2), *b = node("b", 2, {a});
     a->cpt = {0.4f, 0.6f};
     b->cpt = {0.5f, 0.5f, kImpossibleProb, kImpossibleProb};
     net->auto_update = 0;
@@ -99,21 +87,6 @@ TEST_F(BeliefsTest, UncompiledNetCannotUpdate) {
     EXPECT_THROW(update_beliefs(*net), Failure);
     EXPECT_EQ(last_number(), 2077);
     EXPECT_EQ(last_message(), "can't update beliefs because net 'testnet' needs to be compiled");
-}
-
-TEST_F(BeliefsTest, DisconnectedPiecesAreNormalisedTogether) {
-    Node* a = node("a", 2);
-    Node* b = node("b", 3);
-    Node* c = node("c", 2, {b});
-    a->cpt = {0.25f, 0.75f};
-    b->cpt = {0.2f, 0.3f, 0.5f};
-    c->cpt = {0.9f, 0.1f, 0.5f, 0.5f, 0.1f, 0.9f};
-    net->auto_update = 0;
-    compile_net(*net, {});
-    enter_finding(*a, 1);
-    enter_finding(*c, 0);
-    expect_exact("two components");
-    EXPECT_NEAR(net->findings_probability, 0.75 * (0.2 * 0.9 + 0.3 * 0.5 + 0.5 * 0.1), 1e-7);
 }
 
 TEST_F(BeliefsTest, JointProbabilityAndMostProbableConfigAreExact) {
@@ -145,15 +118,8 @@ TEST_F(BeliefsTest, JointProbabilityAndMostProbableConfigAreExact) {
     }
 }
 
-}  // namespace
-}  // namespace ravelo
-
-namespace ravelo {
-namespace {
-
 TEST_F(BeliefsTest, ExpectedUtilitiesOfADecision) {
-    Node* weather = node("weather", 2);
-    Node* forecast = node("forecast", 2, {weather});
+    Node *weather = node("weather", 2), *forecast = node("forecast", 2, {weather});
     Node* umbrella = node("umbrella", 2, {forecast});
     umbrella->kind = NodeKind::Decision;
     Node* worth = node("worth", 0, {weather, umbrella});

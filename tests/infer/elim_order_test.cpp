@@ -1,6 +1,7 @@
 #include "infer/elim_order.h"
 
 #include "infer/junction_tree.h"
+#include "infer/order_report.h"
 #include "infer/triangulate.h"
 #include "net_fixture.h"
 
@@ -57,8 +58,7 @@ TEST_F(ElimOrderTest, SubsumedNodeIsEliminatedAtOnceWhateverItsPosition) {
     // x has parents p, q (married); eliminating x records {p, q}; p then has
     // one uneliminated neighbour q inside {p, q} and costs 0, ending the scan
     // before q, though the isolated y stands earlier in the list.
-    Node* p = node("p", 3);
-    Node* q = node("q", 3);
+    Node *p = node("p", 3), *q = node("q", 3);
     node("x", 2, {p, q});
     node("y", 20);
     Graph g = build_graph(*net);
@@ -67,21 +67,10 @@ TEST_F(ElimOrderTest, SubsumedNodeIsEliminatedAtOnceWhateverItsPosition) {
     EXPECT_EQ(r.total, 18.0 + 0.0 + 0.0 + 20.0);
 }
 
-TEST_F(ElimOrderTest, ShortListsAreTheirOwnOrder) {
-    node("a", 5);
-    Graph g = build_graph(*net);
-    EXPECT_TRUE(find_elim_order(g, {}).order.empty());
-    ElimOrder one = find_elim_order(g, {0});
-    EXPECT_EQ(one.order, std::vector<int>{0});
-    EXPECT_EQ(one.total, 5.0);
-}
-
 TEST_F(ElimOrderTest, DecisionGroupsGoLastDecisionFirst) {
-    Node* obs = node("obs", 2);
-    Node* d1 = node("d1", 2, {obs});
+    Node *obs = node("obs", 2), *d1 = node("d1", 2, {obs});
     d1->kind = NodeKind::Decision;
-    Node* mid = node("mid", 2, {d1});
-    Node* d2 = node("d2", 2, {mid});
+    Node *mid = node("mid", 2, {d1}), *d2 = node("d2", 2, {mid});
     d2->kind = NodeKind::Decision;
     Node* out = node("out", 3, {d2, obs});
     (void)out;
@@ -120,6 +109,17 @@ TEST_F(ElimOrderTest, EvaluationAgreesWithTheCliquesOfTheTriangulation) {
         ElimOrder greedy = find_elim_order(g, all_of(g));
         EXPECT_DOUBLE_EQ(greedy.total, evaluate_elim_order(g, greedy.order)) << "seed " << seed;
     }
+}
+
+// Each line's form changes with the size; the boundaries are where a report is misread.
+TEST(OrderReport, MemoryAndTimeFormsFollowTheSize) {
+    EXPECT_EQ(requirements_text(56), "Max Required:\n Memory = 1 KB\n   Time = 1 ms\n");
+    EXPECT_EQ(requirements_text(8603748), "Max Required:\n Memory = 65.64 MB\n   Time = 13 ms\n");
+    EXPECT_EQ(requirements_text(1e9), "Max Required:\n Memory = 7629.39 MB\n   Time = 1.50 sec (with sufficient RAM)\n");
+    EXPECT_EQ(requirements_text(6e12), "Max Required:\n Memory = 4.57764e+07 MB\n   Time = 2.5 hour (with sufficient RAM)\n");
+    // Just under and just over one megabyte of tables.
+    EXPECT_EQ(requirements_text(131000).substr(14, 18), " Memory = 1024 KB\n");
+    EXPECT_EQ(requirements_text(131072).substr(14, 18), " Memory = 1.00 MB\n");
 }
 
 }  // namespace

@@ -17,14 +17,6 @@ namespace {
 
 class EvidenceSlicesTest : public NetTest {
 protected:
-    void fresh_random_net(unsigned seed, int nodes, int parents) {
-        for (Node* n : std::vector<Node*>(net->nodes.nodes)) delete_node(*n);
-        std::mt19937 rng(seed);
-        random_net(rng, nodes, parents, 3);
-        random_tables(rng);
-        net->auto_update = 0;
-        compile_net(*net, {});
-    }
     // The nodes of the largest clique, in the clique's order.
     std::vector<Node*> largest_clique() const {
         const JunctionTree& jt = *tree_of(*net);
@@ -106,9 +98,7 @@ TEST_F(EvidenceSlicesTest, FindingChangedOrAddedBetweenUpdates) {
 }
 
 TEST_F(EvidenceSlicesTest, ImpossibleStatesWithinOneCliqueFailWith2078) {
-    Node* a = node("a", 3);
-    Node* b = node("b", 2, {a});
-    Node* c = node("c", 3, {a, b});
+    Node *a = node("a", 3), *b = node("b", 2, {a}), *c = node("c", 3, {a, b});
     a->cpt = {0.2f, 0.3f, 0.5f};
     b->cpt = {1.0f, 0.0f, 0.4f, 0.6f, 0.5f, 0.5f};  // a=0 forces b=0
     c->cpt = {0.1f, 0.2f, 0.7f, 0.3f, 0.3f, 0.4f, 0.5f, 0.5f, 0.0f,

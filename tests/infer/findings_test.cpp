@@ -27,30 +27,20 @@ protected:
         EXPECT_EQ(n->finding.state, before.state);
         EXPECT_EQ(n->finding.likelihood, before.likelihood);
     }
-    Node* a = nullptr;
-    Node* b = nullptr;
+    Node *a = nullptr, *b = nullptr;
 };
 
 TEST_F(FindingsTest, CodesReadBackAsTheTableSays) {
-    float ones[] = {1, 1, 1};
-    enter_likelihood(*a, ones);
-    EXPECT_EQ(finding_code(*a), kUndefState);
-    EXPECT_TRUE(a->finding.likelihood.empty());
-    float single[] = {0, 0.4f, 0};
-    enter_likelihood(*a, single);
-    EXPECT_EQ(finding_code(*a), 1);
-    retract_findings(*a);
-    float negative[] = {0.5f, 0, 0.5f};
-    enter_likelihood(*a, negative);
-    EXPECT_EQ(finding_code(*a), kNegativeFinding);
-    retract_findings(*a);
-    float unequal[] = {0.5f, 0.2f, 0.5f};
-    enter_likelihood(*a, unequal);
-    EXPECT_EQ(finding_code(*a), kLikelihoodFinding);
-    retract_findings(*a);
-    float equal[] = {0.3f, 0.3f, 0.3f};
-    enter_likelihood(*a, equal);
-    EXPECT_EQ(finding_code(*a), kUndefState);
+    const std::pair<std::vector<float>, int> cases[] = {
+        {{1, 1, 1}, kUndefState},          {{0, 0.4f, 0}, 1},
+        {{0.5f, 0, 0.5f}, kNegativeFinding}, {{0.5f, 0.2f, 0.5f}, kLikelihoodFinding},
+        {{0.3f, 0.3f, 0.3f}, kUndefState}};
+    for (const auto& [likelihood, code] : cases) {
+        enter_likelihood(*a, likelihood.data());
+        EXPECT_EQ(finding_code(*a), code) << likelihood[1];
+        if (likelihood[0] == 1) EXPECT_TRUE(a->finding.likelihood.empty());  // no finding at all
+        if (code != kUndefState) retract_findings(*a);
+    }
     EXPECT_EQ(likelihood_view(*a), std::vector<float>({0.3f, 0.3f, 0.3f}));
     retract_findings(*a);
     EXPECT_EQ(likelihood_view(*a), std::vector<float>({1, 1, 1}));

@@ -10,18 +10,6 @@ namespace {
 
 using JunctionTreeTest = NetTest;
 
-TEST_F(JunctionTreeTest, FourCycleGetsOneFillLink) {
-    Node* a = node("a", 2);
-    Node* b = node("b", 2, {a});
-    Node* c = node("c", 2, {a});
-    node("d", 2, {b, c});
-    Graph g = build_graph(*net);
-    // a first: its neighbours b and c are joined.
-    Triangulation t = triangulate(g, {0, 1, 2, 3});
-    ASSERT_EQ(t.cliques.size(), 2u);
-    for (const auto& clique : t.cliques) EXPECT_EQ(clique.size(), 3u);
-}
-
 TEST_F(JunctionTreeTest, OneNodeAndTwoUnconnectedNodes) {
     node("a", 3);
     compile_net(*net, {});
@@ -39,9 +27,7 @@ TEST_F(JunctionTreeTest, OneNodeAndTwoUnconnectedNodes) {
 
 TEST_F(JunctionTreeTest, HomeIsTheEarliestOfEqualSizedCandidates) {
     // a -> b, a -> c: cliques {a,b} and {a,c} of equal size both hold a's family.
-    Node* a = node("a", 2);
-    Node* b = node("b", 2, {a});
-    Node* c = node("c", 2, {a});
+    Node *a = node("a", 2), *b = node("b", 2, {a}), *c = node("c", 2, {a});
     compile_net(*net, {});
     const JunctionTree& jt = *net->jtree;
     ASSERT_EQ(jt.cliques.size(), 2u);
@@ -92,12 +78,6 @@ TEST_F(JunctionTreeTest, OptimizingNeverDoesWorseThanGreedy) {
         EXPECT_LE(total_size(*net->jtree), greedy) << "seed " << seed;
     }
 }
-
-}  // namespace
-}  // namespace ravelo
-
-namespace ravelo {
-namespace {
 
 // Nine 10-state parents of one child: a clique of 10^10 entries (40 GB).
 TEST_F(JunctionTreeTest, HugeTablesWarnAtCompileAndFailAtUpdate) {

@@ -9,26 +9,19 @@
 #include <string>
 #include <vector>
 
-#include "base/environment.h"
+#include "base/env_fixture.h"
 #include "base/failure.h"
-#include "base/report.h"
+#include "infer/compile.h"
 #include "infer/update.h"
 #include "net/ops.h"
 
 namespace ravelo {
 
-class NetTest : public ::testing::Test {
+class NetTest : public EnvTest {
 protected:
     void SetUp() override {
-        env = create_environment();
-        env->life_state = kLifeInitialized;
-        set_current_environment(env);
+        EnvTest::SetUp();
         net = create_net(*env, "testnet");
-    }
-    void TearDown() override {
-        drop_all_reports(*env);
-        env->store.clear();
-        retire_environment(*env);
     }
 
     Node* node(const std::string& name, int states, std::vector<Node*> parents = {}) {
@@ -72,7 +65,16 @@ protected:
         }
     }
 
-    // Joint weight of every configuration, times the findings' likelihoods.
+    // Replaces the net's nodes with a random compiled net, updated only on request.
+    void fresh_random_net(unsigned seed, int nodes, int parents) {
+        for (Node* n : std::vector<Node*>(net->nodes.nodes)) delete_node(*n);
+        std::mt19937 rng(seed);
+        random_net(rng, nodes, parents);
+        random_tables(rng);
+        net->auto_update = 0;
+        compile_net(*net, {});
+    }
+
     // Every node's beliefs and the probability of the findings, against the joint enumerated.
     void expect_exact(const std::string& what) {
         update_beliefs(*net);
@@ -130,26 +132,17 @@ protected:
         return b;
     }
 
-    // Number of the last report the thread holds, 0 when none.
-    int last_number() const {
-        const Report* r = nullptr, *last = nullptr;
-        while ((r = next_report(*env, 0, r)) != nullptr) last = r;
-        return last ? -last->number : 0;
-    }
-    // The message of the thread's report with that number, or "" when none.
-    std::string message_of(int number) const {
-        const Report* r = nullptr;
+    // The thread's report with that number (the last one when 0), or NULL.
+    const Report* report(int number = 0) const {
+        const Report *r = nullptr, *found = nullptr;
         while ((r = next_report(*env, 0, r)) != nullptr)
-            if (-r->number == number) return r->message;
-        return std::string();
+            if (number == 0 || -r->number == number) found = r;
+        return found;
     }
-    std::string last_message() const {
-        const Report* r = nullptr, *last = nullptr;
-        while ((r = next_report(*env, 0, r)) != nullptr) last = r;
-        return last ? last->message : std::string();
-    }
+    int last_number() const { return report() ? -report()->number : 0; }
+    std::string last_message() const { return report() ? report()->message : std::string(); }
+    std::string message_of(int number) const { return report(number) ? report(number)->message : std::string(); }
 
-    Environment* env = nullptr;
     Net* net = nullptr;
 };
 

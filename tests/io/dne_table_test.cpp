@@ -15,14 +15,14 @@ std::string net_text(const std::string& body) {
 }
 
 TEST_F(TableReading, StateListsFillAFunctionTable) {
-    Net* net = read_text("f.dne", net_text("node C { states = (no, yes); parents = (A, B); "
+    Net* net = read_ok("f.dne", net_text("node C { states = (no, yes); parents = (A, B); "
                                            "functable = ((@any, @any | no), (a1, b2 | yes), (a0, b1 | yes)); };"));
-    ASSERT_NE(net, nullptr) << last_message();
     // Rows in parent order, B fastest.
     EXPECT_EQ(net->find("C")->func_states, (std::vector<int>{0, 1, 0, 0, 0, 1}));
-    Net* partial = read_text("g.dne", net_text("node C { states = (no, yes); parents = (A); functable = (a1 | yes); };"));
-    ASSERT_NE(partial, nullptr) << last_message();
+    Net* partial = read_ok("g.dne", net_text("node C { states = (no, yes); parents = (A); functable = (a1 | yes); };"));
     EXPECT_EQ(partial->find("C")->func_states, (std::vector<int>{kUndefState, 1}));
+    Net* flat = read_ok("h.dne", net_text("node C { states = (no, yes); parents = (A); probs = ((1, 0), FLAT); };"));
+    EXPECT_EQ(flat->find("C")->cpt, (std::vector<float>{1, 0, 0.5f, 0.5f}));
 }
 
 struct BadTable {

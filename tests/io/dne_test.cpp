@@ -8,62 +8,31 @@ namespace {
 
 using NetFileReading = IoTest;
 
-void expect_equal_nets(const Net& a, const Net& b) {
-    EXPECT_EQ(a.name, b.name);
-    EXPECT_EQ(a.title, b.title);
-    EXPECT_EQ(a.comment, b.comment);
-    ASSERT_EQ(a.nodes.nodes.size(), b.nodes.nodes.size());
-    for (size_t i = 0; i < a.nodes.nodes.size(); ++i) {
-        const Node& x = *a.nodes.nodes[i];
-        const Node& y = *b.nodes.nodes[i];
-        SCOPED_TRACE(x.name);
-        EXPECT_EQ(x.name, y.name);
-        EXPECT_EQ(x.kind, y.kind);
-        EXPECT_EQ(x.type, y.type);
-        EXPECT_EQ(x.title, y.title);
-        EXPECT_EQ(x.comment, y.comment);
-        ASSERT_EQ(x.num_states(), y.num_states());
-        for (size_t s = 0; s < x.states.size(); ++s) {
-            EXPECT_EQ(x.states[s].name, y.states[s].name);
-            EXPECT_EQ(x.states[s].title, y.states[s].title);
-            EXPECT_EQ(x.states[s].comment, y.states[s].comment);
-        }
-        EXPECT_EQ(x.levels, y.levels);
-        ASSERT_EQ(x.parents.nodes.size(), y.parents.nodes.size());
-        for (size_t p = 0; p < x.parents.nodes.size(); ++p)
-            EXPECT_EQ(x.parents.nodes[p]->name, y.parents.nodes[p]->name);
-        EXPECT_EQ(x.input_names, y.input_names);
-        EXPECT_EQ(x.cpt, y.cpt);
-        EXPECT_EQ(x.func_states, y.func_states);
-        EXPECT_EQ(x.func_reals, y.func_reals);
-        EXPECT_EQ(x.experience, y.experience);
-        EXPECT_EQ(x.equation, y.equation);
-        EXPECT_EQ(x.finding.state, y.finding.state);
-        EXPECT_EQ(x.finding.likelihood, y.finding.likelihood);
-        EXPECT_EQ(x.finding.has_value, y.finding.has_value);
-        EXPECT_EQ(x.user_fields.fields, y.user_fields.fields);
-        EXPECT_EQ(x.has_position, y.has_position);
-        EXPECT_EQ(x.vis_x, y.vis_x);
-        EXPECT_EQ(x.vis_style, y.vis_style);
-    }
+// Everything a node holds that the format carries, as one comparable value.
+auto node_fields(const Node& n) {
+    std::vector<std::string> states, parents;
+    for (const StateInfo& s : n.states) states.push_back(s.name + '|' + s.title + '|' + s.comment);
+    for (const Node* p : n.parents.nodes) parents.push_back(p->name);
+    return std::tuple(n.name, n.kind, n.type, n.title, n.comment, states, n.levels, parents, n.input_names, n.cpt,
+                      n.func_states, n.func_reals, n.experience, n.equation, n.finding.state,
+                      n.finding.likelihood, n.finding.has_value, n.user_fields.fields, n.has_position, n.vis_x,
+                      n.vis_style);
 }
 
-TEST_F(NetFileReading, TheTwoLineEmptyNetHasNoNodes) {
-    Net* net = read_text("empty.dne", "// ~->[DNET-1]->~\nbnet New {};\n");
-    ASSERT_NE(net, nullptr) << last_message();
-    EXPECT_EQ(net->name, "New");
-    EXPECT_TRUE(net->nodes.nodes.empty());
+void expect_equal_nets(const Net& a, const Net& b) {
+    EXPECT_EQ(std::tie(a.name, a.title, a.comment), std::tie(b.name, b.title, b.comment));
+    ASSERT_EQ(a.nodes.nodes.size(), b.nodes.nodes.size());
+    for (size_t i = 0; i < a.nodes.nodes.size(); ++i)
+        EXPECT_TRUE(node_fields(*a.nodes.nodes[i]) == node_fields(*b.nodes.nodes[i])) << a.nodes.nodes[i]->name;
 }
 
 TEST_F(NetFileReading, EveryReferenceNetSurvivesAWriteAndRead) {
     for (const char* file : {"asia.bif", "alarm.bif", "child.bif", "insurance.bif", "water.bif",
                              "hepar2.bif", "win95pts.bif"}) {
         SCOPED_TRACE(file);
-        Net* net = read_file(data_path(file));
-        ASSERT_NE(net, nullptr) << last_message();
+        Net* net = file_ok(data_path(file));
         std::string text = write_text(net, "copy.dne");
-        Net* again = read_text("copy.dne", text);
-        ASSERT_NE(again, nullptr) << last_message();
+        Net* again = read_ok("copy.dne", text);
         expect_equal_nets(*net, *again);
         EXPECT_EQ(write_text(again, "copy.dne"), text);
     }
@@ -133,12 +102,16 @@ TEST_F(NetFileReading, EveryFieldSurvivesAWriteAndRead) {
     EXPECT_EQ(again->elim_order->nodes[0]->name, "Value");
     EXPECT_EQ(*again->user_fields.find("version"), "7");
     EXPECT_EQ(write_text(again, "rich.dne"), text);
+    // Without visual information positions are not read.
+    Net* plain = read_ok("rich.dne", text);
+    EXPECT_FALSE(plain->nodes.nodes[0]->has_position);
+    EXPECT_TRUE(plain->nodes.nodes[0]->vis_style.empty());
 }
 
 // Fields the engine does not act on still come back as they were written, and a copied net keeps
 // them too.
 TEST_F(NetFileReading, UnmodelledFieldsAreKeptAsWritten) {
-    Net* net = read_text("kept.dne", R"(// ~->[DNET-1]->~
+    Net* net = read_ok("kept.dne", R"(// ~->[DNET-1]->~
 bnet K {
 eqncontext = "x = 3";
 AutoCompile = TRUE;
@@ -150,7 +123,6 @@ node A {
 	};
 };
 )");
-    ASSERT_NE(net, nullptr) << last_message();
     std::string text = write_text(net, "kept.dne");
     for (const char* kept : {"eqncontext = \"x = 3\";\nAutoCompile = TRUE;\nautoupdate",
                              "definenodes = (a, b);", "\tdefinenodes = ((1, 2), \"z\");"})
@@ -160,38 +132,6 @@ node A {
     std::string copied = write_text(core_of<Net>(copy), "kept.dne");
     EXPECT_NE(copied.find("eqncontext"), std::string::npos);
     EXPECT_NE(copied.find("\tdefinenodes"), std::string::npos);
-}
-
-TEST_F(NetFileReading, WithoutVisualInformationPositionsAreNotRead) {
-    Net* net = rich_net(*core_of<Environment>(env));
-    Net* again = read_text("rich.dne", write_text(net, "rich.dne"));
-    ASSERT_NE(again, nullptr) << last_message();
-    EXPECT_FALSE(again->nodes.nodes[0]->has_position);
-    EXPECT_TRUE(again->nodes.nodes[0]->vis_style.empty());
-}
-
-TEST_F(NetFileReading, DefinitionsAreInheritedAndOverridden) {
-    Net* net = read_text("def.dne", R"(// ~->[DNET-1]->~
-bnet Inherit {
-define node Binary { kind = NATURE; discrete = TRUE; states = (no, yes); probs = (0.5, 0.5); };
-node A : Binary { title = "first"; };
-node B : Binary { states = (off, on); parents = (A); probs = ((1, 0), FLAT); };
-};
-)");
-    ASSERT_NE(net, nullptr) << last_message();
-    ASSERT_EQ(net->nodes.nodes.size(), 2u);
-    const Node* a = net->find("A");
-    EXPECT_EQ(a->states[1].name, "yes");
-    EXPECT_EQ(a->cpt, (std::vector<float>{0.5f, 0.5f}));
-    const Node* b = net->find("B");
-    EXPECT_EQ(b->states[0].name, "off");
-    EXPECT_EQ(b->cpt, (std::vector<float>{1, 0, 0.5f, 0.5f}));
-}
-
-TEST_F(NetFileReading, PositionsHaveAsManyCoordinatesAsTheNetHasDimensions) {
-    Net* net = read_text("dims.dne", "bnet D { numdimensions = 3; node A { states = (a); position = (1, 2, 3); }; };");
-    ASSERT_NE(net, nullptr) << last_message();
-    EXPECT_EQ(net->nodes.nodes.size(), 1u);
 }
 
 // Reads with inherited statements applied in a first pass.
@@ -363,8 +303,6 @@ TEST_F(NetFileReading, ControlArgumentIsChecked) {
               "MINIMIZED_WINDOW (48) or REGULAR_WINDOW (112)");
     EXPECT_NE(ReadNet_bn(s, MINIMIZED_WINDOW), nullptr);
     DeleteStream_ns(s);
-    EXPECT_EQ(ReadNet_bn(s, NO_WINDOW), nullptr);
-    EXPECT_EQ(last_message(), "deleted or damaged stream_ns passed");
     EXPECT_EQ(ReadNet_bn(nullptr, NO_WINDOW), nullptr);
 }
 

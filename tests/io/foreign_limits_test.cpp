@@ -28,8 +28,7 @@ TEST_F(ForeignLimits, RowsTheFormatCannotSayAreRefusedByEveryWriter) {
     const std::pair<const char*, const char*> formats[] = {
         {"out.bif", "BIF"}, {"out.xml", "XMLBIF"}, {"out.net", "Hugin .net"}, {"out.uai", "UAI"}};
     for (const Case& c : cases) {
-        Net* net = read_text("gaps.dne", with_net(std::string(kParent) + c.body));
-        ASSERT_NE(net, nullptr) << last_message();
+        Net* net = read_ok("gaps.dne", with_net(std::string(kParent) + c.body));
         for (const auto& [file, format] : formats) {
             SCOPED_TRACE(std::string(c.body) + " to " + file);
             EXPECT_EQ(write_text(net, file), "");
@@ -41,20 +40,17 @@ TEST_F(ForeignLimits, RowsTheFormatCannotSayAreRefusedByEveryWriter) {
 }
 
 TEST_F(ForeignLimits, MissingTablesAndDecisionsWhereTheFormatLacksThem) {
-    Net* net = read_text("untabled.dne", with_net(std::string(kParent) + "node B { states = (x, y); parents = (A); };"));
-    ASSERT_NE(net, nullptr) << last_message();
+    Net* net = read_ok("untabled.dne", with_net(std::string(kParent) + "node B { states = (x, y); parents = (A); };"));
     EXPECT_EQ(write_text(net, "out.uai"), "");
     EXPECT_EQ(last_message(), "can't write node 'B' in UAI format, because it has no table, which that format requires");
     // The others may leave a table out, and it reads back absent.
     for (const char* file : {"out.bif", "out.xml", "out.net"}) {
         SCOPED_TRACE(file);
-        Net* back = read_text(file, write_text(net, file));
-        ASSERT_NE(back, nullptr) << last_message();
+        Net* back = read_ok(file, write_text(net, file));
         EXPECT_TRUE(back->find("B")->cpt.empty());
     }
 
-    Net* decision = read_text("decide.dne", with_net("node D { kind = DECISION; states = (go, stay); };"));
-    ASSERT_NE(decision, nullptr) << last_message();
+    Net* decision = read_ok("decide.dne", with_net("node D { kind = DECISION; states = (go, stay); };"));
     for (const char* file : {"out.bif", "out.uai"}) {
         EXPECT_EQ(write_text(decision, file), "");
         EXPECT_NE(last_message().find("because it is a decision node, which that format can't express"),
@@ -65,13 +61,11 @@ TEST_F(ForeignLimits, MissingTablesAndDecisionsWhereTheFormatLacksThem) {
 }
 
 TEST_F(ForeignLimits, FunctionTablesAreWrittenAsTheCertainRowsTheyMean) {
-    Net* net = read_text("func.dne", with_net(std::string(kParent) +
+    Net* net = read_ok("func.dne", with_net(std::string(kParent) +
                                               "node B { states = (x, y); parents = (A); functable = (y, x); };"));
-    ASSERT_NE(net, nullptr) << last_message();
     for (const char* file : {"out.bif", "out.xml", "out.net", "out.uai"}) {
         SCOPED_TRACE(file);
-        Net* back = read_text(file, write_text(net, file));
-        ASSERT_NE(back, nullptr) << last_message();
+        Net* back = read_ok(file, write_text(net, file));
         EXPECT_EQ(back->nodes.nodes[1]->cpt, (std::vector<float>{0, 1, 1, 0}));
     }
 }

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 
 #include "api/handles.h"
@@ -46,6 +47,16 @@ protected:
         net_bn* net = ReadNet_bn(s, NO_VISUAL_INFO);
         DeleteStream_ns(s);
         return core_of<Net>(net);
+    }
+    // Reads a net that must be read: a refusal fails the test and ends it.
+    Net* read_ok(const std::string& name, const std::string& text) { return must(read_text(name, text), name); }
+    Net* file_ok(const std::string& path) { return must(read_file(path), path); }
+    Net* must(Net* net, const std::string& name) {
+        if (!net) {
+            ADD_FAILURE() << name << " was not read: " << last_message();
+            throw std::runtime_error("net not read");
+        }
+        return net;
     }
     // The net written as text, in the format the name selects.
     std::string write_text(const Net* net, const std::string& name) {

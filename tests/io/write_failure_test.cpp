@@ -26,8 +26,7 @@ protected:
                   std::to_string(getpid()));
         fs::remove_all(folder);
         fs::create_directories(folder);
-        net = read_text("tiny.dne", kTiny);
-        ASSERT_NE(net, nullptr) << last_message();
+        net = read_ok("tiny.dne", kTiny);
     }
     void TearDown() override {
         fs::remove_all(folder);

@@ -6,25 +6,17 @@
 #include <functional>
 #include <string>
 
-#include "base/environment.h"
+#include "base/env_fixture.h"
 #include "base/failure.h"
-#include "base/report.h"
 #include "net/ops.h"
 
 namespace ravelo {
 
-class CoreTest : public ::testing::Test {
+class CoreTest : public EnvTest {
 protected:
     void SetUp() override {
-        env = create_environment();
-        env->life_state = kLifeInitialized;
-        set_current_environment(env);
+        EnvTest::SetUp();
         net = create_net(*env, "N");
-    }
-    void TearDown() override {
-        drop_all_reports(*env);
-        env->store.clear();
-        retire_environment(*env);
     }
     static std::string failure_of(const std::function<void()>& f) {
         try {
@@ -34,7 +26,6 @@ protected:
         }
         return "";
     }
-    Environment* env = nullptr;
     Net* net = nullptr;
 };
 

@@ -47,8 +47,7 @@ TEST_F(DelayTest, OnlyCyclesWithoutADelayAreRefused) {
 }
 
 TEST_F(DelayTest, DelaysFollowTheirLinks) {
-    Node* d = create_node(*net, "d", 3);
-    Node* e = create_node(*net, "e", 2);
+    Node *d = create_node(*net, "d", 3), *e = create_node(*net, "e", 2);
     connect(*d, *a);
     connect(*e, *a, "", "t");
     ASSERT_EQ(names_of(a->parents.nodes), (std::vector<std::string>{"c", "d", "e"}));
@@ -67,17 +66,6 @@ TEST_F(DelayTest, DelaysFollowTheirLinks) {
     EXPECT_FALSE(is_delayed_link(*a, 5));
 }
 
-TEST_F(DelayTest, ANodeFollowingItselfIsDeletedWithoutAStandIn) {
-    connect(*b, *b, "", "1");
-    ASSERT_EQ(b->children.nodes.size(), 2u);
-    delete_node(*c);
-    delete_node_keeping_children(*b);
-    EXPECT_TRUE(b->is_dead());
-    EXPECT_EQ(names_of(net->nodes.nodes), (std::vector<std::string>{"a"}));
-    EXPECT_TRUE(a->children.nodes.empty());
-    EXPECT_TRUE(a->delays.empty());
-}
-
 TEST_F(DelayTest, CopiesKeepDelaysAndPersistence) {
     a->persistence = {2.5, 1};
     net->dimensions = 2;
@@ -93,19 +81,6 @@ TEST_F(DelayTest, CopiesKeepDelaysAndPersistence) {
     std::vector<Node*> copies = copy_nodes({a, b, c}, *flat, CopyOptions{});
     EXPECT_TRUE(copies[0]->persistence.empty());
     EXPECT_EQ(link_delay(*copies[0], 0), "1");
-}
-
-TEST_F(DelayTest, RelationsEndOnDelayedCycles) {
-    std::vector<Node*> out;
-    for (const char* relation : {"ancestors", "descendents", "connected", "d_connected", "markov_blanket"}) {
-        SCOPED_TRACE(relation);
-        out = related_nodes_of(parse_relation(relation), {a});
-        EXPECT_FALSE(out.empty());
-    }
-    // A delayed link relates nodes like any other, but a node is never its own ancestor.
-    EXPECT_EQ(names_of(related_nodes_of(parse_relation("ancestors"), {a})), (std::vector<std::string>{"c", "b"}));
-    EXPECT_EQ(names_of(related_nodes_of(parse_relation("descendents"), {a})), (std::vector<std::string>{"b", "c"}));
-    EXPECT_EQ(names_of(related_nodes_of(parse_relation("parents"), {a})), (std::vector<std::string>{"c"}));
 }
 
 }  // namespace

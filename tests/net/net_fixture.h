@@ -40,6 +40,12 @@ protected:
         ClearErrors_ns(env, INTERNAL_ERR);
         return m;
     }
+    // The last report's number, then every report cleared.
+    int take_number() {
+        int n = last_number();
+        ClearErrors_ns(env, INTERNAL_ERR);
+        return n;
+    }
     bool no_reports() const { return last_report() == nullptr; }
 
     node_bn* node(const char* name, int states) { return NewNode_bn(name, states, net); }

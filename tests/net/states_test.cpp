@@ -22,41 +22,23 @@ TEST_F(StatesTest, NamesAreCheckedAndUnique) {
     EXPECT_STREQ(GetNodeStateName_bn(a, 0), "low");
     SetNodeStateName_bn(a, 0, "mid");
     EXPECT_EQ(take_message(), "can't set the name of the 1st state of node 'a', because state 1 already has that name");
-    SetNodeStateName_bn(a, 3, "top");
-    EXPECT_EQ(take_message(),
-              "can't change the name of state with index 3 of node a, because its state indexes must be between 0 and 2");
     SetNodeStateTitle_bn(a, 2, "High Value");
     EXPECT_EQ(GetStateNamed_bn("High Value", a), 2);
     EXPECT_STREQ(GetNodeStateLabel_bn(a, 2), "High Value");
     EXPECT_STREQ(GetNodeStateLabel_bn(a, 1), "mid");
     EXPECT_EQ(GetStateNamed_bn("none", a), UNDEF_STATE);
-    SetNodeStateComment_bn(a, -1, "c");
-    EXPECT_EQ(take_message(),
-              "can't change the comment of state -1 of node a, because its state indexes must be between 0 and 2");
 }
 
 TEST_F(StatesTest, ContinuousNodesHaveStatesOnlyThroughThresholds) {
     node_bn* x = node("x", 0);
-    EXPECT_EQ(GetNodeType_bn(x), CONTINUOUS_TYPE);
-    SetNodeStateTitle_bn(x, 0, "t");
-    EXPECT_EQ(take_message(),
-              "can't set a state title of node x, because it is an undiscretized continuous node with no states");
-    AddNodeStates_bn(x, LAST_ENTRY, nullptr, 2, 0.0);
-    EXPECT_EQ(take_message(),
-              "can't make node 'x' have 2 states, because it is a continuous node and no discretization "
-              "thresholds are defined");
     level_bn levels[4] = {0, 1, 2, 3};
     SetNodeLevels_bn(x, 3, levels);
     EXPECT_EQ(GetNodeNumberStates_bn(x), 3);
     EXPECT_EQ(GetNodeLevels_bn(x)[3], 3.0);
     level_bn unordered[3] = {0, 2, 1};
     SetNodeLevels_bn(x, 2, unordered);
-    EXPECT_EQ(last_number(), 3268);
-    ClearErrors_ns(env, INTERNAL_ERR);
+    EXPECT_EQ(take_number(), 3268);
     EXPECT_EQ(GetNodeNumberStates_bn(x), 3);
-    SetNodeLevels_bn(x, -1, nullptr);
-    EXPECT_EQ(take_message(),
-              "can't remove the discretization thresholds of a continuous node (x), when it still has states");
     // Merging two intervals drops the threshold between them.
     RemoveNodeState_bn(x, 0);
     EXPECT_EQ(GetNodeNumberStates_bn(x), 2);
@@ -83,8 +65,7 @@ TEST_F(StatesTest, DiscreteNodesKeepAtLeastOneState) {
 }
 
 TEST_F(StatesTest, AddedStatesWidenTablesOfTheNodeAndItsChildren) {
-    node_bn* a = node("a", 2);
-    node_bn* c = node("c", 2);
+    node_bn *a = node("a", 2), *c = node("c", 2);
     SetNodeStateNames_bn(a, "p q");
     AddLink_bn(a, c);
     prob_bn pa[2] = {0.4f, 0.6f};
@@ -109,8 +90,7 @@ TEST_F(StatesTest, AddedStatesWidenTablesOfTheNodeAndItsChildren) {
 }
 
 TEST_F(StatesTest, RemovingAStateReportsRowsLeftAllZero) {
-    node_bn* a = node("a", 2);
-    node_bn* c = node("c", 3);
+    node_bn *a = node("a", 2), *c = node("c", 3);
     AddLink_bn(a, c);
     state_bn s0[1] = {0}, s1[1] = {1};
     prob_bn sure[3] = {0, 1, 0};
@@ -119,11 +99,8 @@ TEST_F(StatesTest, RemovingAStateReportsRowsLeftAllZero) {
     SetNodeProbs_bn(c, s1, spread);
     RemoveNodeState_bn(c, 1);
     EXPECT_EQ(last_number(), 3088);
-    const report_ns* r = last_report();
-    EXPECT_EQ(ErrorSeverity_ns(r), WARNING_ERR);
-    EXPECT_EQ(take_message(),
-              "removing state 1 from node c creates a row in its CPT table having all zeros (i.e. indicates "
-              "impossible condition)");
+    EXPECT_EQ(ErrorSeverity_ns(last_report()), WARNING_ERR);
+    ClearErrors_ns(env, INTERNAL_ERR);
     EXPECT_FLOAT_EQ(GetNodeProbs_bn(c, s1)[1], 0.25f);
     // Removing a parent's state drops the child's rows for it.
     RemoveNodeState_bn(a, 0);
@@ -133,8 +110,7 @@ TEST_F(StatesTest, RemovingAStateReportsRowsLeftAllZero) {
 }
 
 TEST_F(StatesTest, ReorderingPermutesStatesAndTables) {
-    node_bn* a = node("a", 3);
-    node_bn* f = node("f", 3);
+    node_bn *a = node("a", 3), *f = node("f", 3);
     SetNodeStateNames_bn(a, "x y z");
     AddLink_bn(a, f);
     state_bn sx[1] = {0};
@@ -152,8 +128,7 @@ TEST_F(StatesTest, ReorderingPermutesStatesAndTables) {
     EXPECT_EQ(GetNodeFuncState_bn(f, now_x), 0);  // function values follow their states
     state_bn repeated[3] = {0, 0, 1};
     ReorderNodeStates_bn(a, repeated);
-    EXPECT_EQ(last_number(), 3266);
-    ClearErrors_ns(env, INTERNAL_ERR);
+    EXPECT_EQ(take_number(), 3266);
     EXPECT_STREQ(GetNodeStateName_bn(a, 0), "z");
 }
 
@@ -164,15 +139,11 @@ TEST_F(StatesTest, DiscreteStateValues) {
     SetNodeLevels_bn(a, 2, values);
     EXPECT_EQ(GetNodeLevels_bn(a)[1], -3.0);
     SetNodeLevels_bn(a, 3, values);
-    EXPECT_EQ(last_number(), 3271);
-    ClearErrors_ns(env, INTERNAL_ERR);
+    EXPECT_EQ(take_number(), 3271);
     AddNodeStates_bn(a, LAST_ENTRY, nullptr, 1, 0.0);
     EXPECT_TRUE(std::isnan(GetNodeLevels_bn(a)[2]));
     SetNodeLevels_bn(a, -1, nullptr);
     EXPECT_EQ(GetNodeLevels_bn(a), nullptr);
-    SetNodeKind_bn(a, UTILITY_NODE);
-    EXPECT_EQ(take_message(),
-              "can't make node 'a' discrete, because it is a utility node and has no discretization thresholds defined");
 }
 
 }  // namespace
