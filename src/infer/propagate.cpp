@@ -64,17 +64,23 @@ int links_in_state(const JunctionTree& jt, const Clique& c, int state, bool equa
     return count;
 }
 
-// The message the clique held back goes into its table.
-void multiply_held(JunctionTree& jt, Clique& c) {
-    const Sepset& h = jt.sepsets[static_cast<size_t>(c.held)];
-    auto sweep = [&](const int* fixed, const float* source) {
-        walk_multiply(make_walk(jt.graph, c.members, h.members, fixed), c.table.data(), source, c.held_message.data());
-    };
+// Calls sweep(fixed, source) to rewrite the clique's table from its current
+// entries: a clique whose prior is rebuilt is swept a rebuilt piece at a time.
+template <class Sweep>
+void rewrite(JunctionTree& jt, Clique& c, Sweep&& sweep) {
     if (c.from_prior && is_rebuilt(jt, c))
         rebuild_prior(jt, c, [&](const int* fixed) { sweep(fixed, c.table.data()); });
     else
         sweep(jt.fixed.data(), current_entries(jt, c));
     c.from_prior = false;
+}
+
+// The message the clique held back goes into its table.
+void multiply_held(JunctionTree& jt, Clique& c) {
+    const Sepset& h = jt.sepsets[static_cast<size_t>(c.held)];
+    rewrite(jt, c, [&](const int* fixed, const float* source) {
+        walk_multiply(make_walk(jt.graph, c.members, h.members, fixed), c.table.data(), source, c.held_message.data());
+    });
     c.held = -1;
 }
 
@@ -127,7 +133,7 @@ void receive(JunctionTree& jt, Clique& to, const Sepset& s, const Sepset* onward
         walk_clear(sepset_walk(jt, *also), also->fresh.data());
     }
     const std::vector<int> none;
-    auto sweep = [&](const int* fixed, const float* source) {
+    rewrite(jt, to, [&](const int* fixed, const float* source) {
         if (also) {
             walk_multiply_sum2(make_walk(jt.graph, to.members, s.members, fixed, onward->members, also->members),
                                to.table.data(), source, jt.ratio.data(), out, also->fresh.data());
@@ -142,12 +148,7 @@ void receive(JunctionTree& jt, Clique& to, const Sepset& s, const Sepset* onward
         } else {
             walk_multiply(make_walk(jt.graph, to.members, s.members, fixed), to.table.data(), source, jt.ratio.data());
         }
-    };
-    if (to.from_prior && is_rebuilt(jt, to))
-        rebuild_prior(jt, to, [&](const int* fixed) { sweep(fixed, to.table.data()); });
-    else
-        sweep(jt.fixed.data(), current_entries(jt, to));
-    to.from_prior = false;
+    });
     to.held = -1;
     if (also) also->presummed = true;
 }

@@ -66,40 +66,8 @@ TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::
 
 namespace {
 
-// Calls block(entry, target) at the start of each middle x inner block,
-// counting the outer dimensions like an odometer.
-template <class Block>
-void for_each_block(const TableWalk& w, Block&& block) {
-    if (w.empty) return;
-    const std::size_t outer = w.dims.size() - 2;
-    std::size_t count[kMaxWalkDims] = {};
-    std::size_t e = w.start, t = w.target_start;
-    for (;;) {
-        block(e, t);
-        std::size_t i = outer;
-        for (;;) {
-            if (i == 0) return;
-            --i;
-            const WalkDim& d = w.dims[i];
-            if (++count[i] < d.count) {
-                e += d.step;
-                t += d.target_step;
-                break;
-            }
-            e -= d.step * (d.count - 1);
-            t -= d.target_step * (d.count - 1);
-            count[i] = 0;
-        }
-    }
-}
-
-// Inner runs that spread over a target are taken this many entries at a time
-// across the middle steps, so that the target entries stay in cache while
-// successive middle steps add to (or read) them.  Shorter tiles interleave
-// more streams than the hardware follows well.
-constexpr std::size_t kTile = 1 << 16;
-
-// The same, with the offsets in the second and third targets as well.
+// Calls block(entry, target, second, third) at the start of each middle x
+// inner block, counting the outer dimensions like an odometer.
 template <class Block>
 void for_each_block3(const TableWalk& w, Block&& block) {
     if (w.empty) return;
@@ -128,6 +96,17 @@ void for_each_block3(const TableWalk& w, Block&& block) {
         }
     }
 }
+
+template <class Block>
+void for_each_block(const TableWalk& w, Block&& block) {
+    for_each_block3(w, [&](std::size_t e, std::size_t t, std::size_t, std::size_t) { block(e, t); });
+}
+
+// Inner runs that spread over a target are taken this many entries at a time
+// across the middle steps, so that the target entries stay in cache while
+// successive middle steps add to (or read) them.  Shorter tiles interleave
+// more streams than the hardware follows well.
+constexpr std::size_t kTile = 1 << 16;
 
 const WalkDim& middle_dim(const TableWalk& w) { return w.dims[w.dims.size() - 2]; }
 const WalkDim& inner_dim(const TableWalk& w) { return w.dims.back(); }
