@@ -5,7 +5,7 @@
 
 #include "base/environment.h"
 #include "base/tags.h"
-#include "learn/case_table.h"
+#include "io/case_table.h"
 
 namespace ravelo {
 

@@ -3,7 +3,7 @@
 #pragma once
 #include <vector>
 
-#include "learn/case_table.h"
+#include "io/case_table.h"
 #include "net/model.h"
 
 namespace ravelo {

@@ -13,6 +13,8 @@
 
 namespace ravelo {
 
+class Stream;
+
 struct CaseTable {
     // The position (in net order) of the node each column names; columns the
     // net does not know are not kept.
@@ -48,5 +50,10 @@ struct CaseTable {
 // probability of zero when the net is updated.
 void enter_case(const CaseTable& cases, std::size_t c, Net& net,
                 const std::vector<char>* skip = nullptr);
+
+// Reads every case of a case file for net, each case's weight multiplied by
+// degree.  A faulty row is reported and left out as the reader's rules say;
+// a fault that ends the reading (or a halt) fails with its report.
+CaseTable read_case_file(const Stream& file, Net& net, double degree);
 
 }  // namespace ravelo

@@ -1,4 +1,4 @@
-#include "learn/case_table.h"
+#include "io/case_table.h"
 
 #include "base/text.h"
 #include "infer/update.h"
