@@ -456,6 +456,15 @@ RAVELO_API void UncompileNet_bn (net_bn* net);
 RAVELO_API double SizeCompiledNet_bn (net_bn* net, int method);
 
 /* ------------------------------------------------------------------------ */
+/* Reports                                                                  */
+/* ------------------------------------------------------------------------ */
+
+/* Returns a text of any length made of the named sections ("compiled": the compiled size and the
+ * elimination order report); nodes and options are reserved and must be NULL.  The text stays
+ * valid until the calling thread's next call of this function; NULL on failure. */
+RAVELO_API const char* CreateCustomReport_bn (net_bn* net, const nodelist_bn* nodes, const char* sections, const char* options);
+
+/* ------------------------------------------------------------------------ */
 /* Findings                                                                 */
 /* ------------------------------------------------------------------------ */
 

@@ -1,0 +1,36 @@
+#!/bin/sh
+# Installs the engine into a fresh prefix, then builds the examples against that prefix alone, once
+# through the CMake package and once through pkg-config, and runs what it built.
+# Arguments: the cmake program, the build tree, the source tree, a scratch folder.
+set -eu
+cmake=$1 build=$2 source=$3 scratch=$4
+prefix=$scratch/prefix
+rm -rf "$scratch" && mkdir -p "$scratch"
+
+"$cmake" --install "$build" --prefix "$prefix" > "$scratch/install.log"
+
+# The installed program finds the installed library through its rpath.
+"$prefix/bin/ravelo" --version
+
+expect() {  # program: runs it and checks the belief it prints
+    out=$("$@")
+    echo "$out"
+    echo "$out" | grep -q "P(Rain = yes | WetGrass = wet) = 0.6923" || { echo "wrong output from $1"; exit 1; }
+}
+
+"$cmake" -S "$source/examples" -B "$scratch/with-cmake" -DCMAKE_PREFIX_PATH="$prefix" > "$scratch/cmake.log"
+"$cmake" --build "$scratch/with-cmake" > "$scratch/cmake-build.log"
+expect "$scratch/with-cmake/quickstart"
+expect "$scratch/with-cmake/quickstart_static"
+# Neither program depends on the build tree's library.
+if ldd "$scratch/with-cmake/quickstart" | grep -q "$build"; then echo "uses the build tree"; exit 1; fi
+
+pc_dir=$(dirname "$(find "$prefix" -name ravelo.pc)")
+export PKG_CONFIG_PATH="$pc_dir"
+cc -o "$scratch/pc-shared" "$source/examples/quickstart.c" $(pkg-config --cflags --libs ravelo)
+LD_LIBRARY_PATH="$pc_dir/.." expect "$scratch/pc-shared"
+# The static library with only what the .pc file lists for static linking.
+cc -o "$scratch/pc-static" "$source/examples/quickstart.c" $(pkg-config --cflags ravelo) \
+   -Wl,-Bstatic $(pkg-config --static --libs ravelo) -Wl,-Bdynamic
+expect "$scratch/pc-static"
+echo "install test passed"
