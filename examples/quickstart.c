@@ -56,8 +56,12 @@ int main(void) {
     printf("P(Rain = yes | WetGrass = wet) = %.4f\n", beliefs[0]);
     printf("probability of the finding = %.4f\n", FindingsProbability_bn(net));
 
-    /* A call the engine refuses leaves a report and changes nothing. */
-    if (NewNode_bn("Rain", 2, net) == NULL) had_error(env);
+    /* A call the engine refuses returns its neutral value, leaves a report and changes nothing. */
+    if (NewNode_bn("Rain", 2, net) == NULL) {
+        const report_ns* refusal = GetError_ns(env, ERROR_ERR, NULL);
+        printf("refused: %s\n", refusal ? ErrorMessage_ns(refusal) : "(no report)");
+        ClearErrors_ns(env, ERROR_ERR);
+    }
 
     DeleteNet_bn(net);
     CloseRavelo_bn(env, mesg);

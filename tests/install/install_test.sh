@@ -22,15 +22,17 @@ expect() {  # program: runs it and checks the belief it prints
 "$cmake" --build "$scratch/with-cmake" > "$scratch/cmake-build.log"
 expect "$scratch/with-cmake/quickstart"
 expect "$scratch/with-cmake/quickstart_static"
-# Neither program depends on the build tree's library.
-if ldd "$scratch/with-cmake/quickstart" | grep -q "$build"; then echo "uses the build tree"; exit 1; fi
+# The program found the installed library, not the build tree's.
+ldd "$scratch/with-cmake/quickstart" | grep -q "=> $prefix/.*libravelo" || { echo "does not use the installed library"; exit 1; }
 
 pc_dir=$(dirname "$(find "$prefix" -name ravelo.pc)")
 export PKG_CONFIG_PATH="$pc_dir"
 cc -o "$scratch/pc-shared" "$source/examples/quickstart.c" $(pkg-config --cflags --libs ravelo)
 LD_LIBRARY_PATH="$pc_dir/.." expect "$scratch/pc-shared"
-# The static library with only what the .pc file lists for static linking.
-cc -o "$scratch/pc-static" "$source/examples/quickstart.c" $(pkg-config --cflags ravelo) \
-   -Wl,-Bstatic $(pkg-config --static --libs ravelo) -Wl,-Bdynamic
+# The static archive, with only the libraries the .pc file lists for static linking; the program
+# runs without the shared library on any search path.
+libdir=$(pkg-config --variable=libdir ravelo)
+cc -o "$scratch/pc-static" "$source/examples/quickstart.c" $(pkg-config --cflags ravelo) "$libdir/libravelo.a" \
+   $(pkg-config --static --libs ravelo | sed 's/-lravelo / /')
 expect "$scratch/pc-static"
 echo "install test passed"

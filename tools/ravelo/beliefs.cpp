@@ -27,17 +27,11 @@ void print_beliefs(Session& session, node_bn* node, bool engine_names) {
 }
 
 void print_utilities(Session& session, node_bn* node, bool engine_names) {
-    if (GetNodeKind_bn(node) == DECISION_NODE) {
-        const util_bn* utils = GetNodeExpectedUtils_bn(node);
-        session.check("finding expected utilities");
-        std::printf("\n%s (decision: expected utility of each choice)\n", node_label(node, engine_names).c_str());
-        for (int s = 0; s < GetNodeNumberStates_bn(node); ++s)
-            std::printf("  %-20s %12.6g\n", state_label(node, s, engine_names).c_str(), utils[s]);
-    } else {
-        double value = GetNodeExpectedValue_bn(node, nullptr);
-        session.check("finding expected utilities");
-        std::printf("\n%s (utility): expected value %.6g\n", node_label(node, engine_names).c_str(), value);
-    }
+    const util_bn* utils = GetNodeExpectedUtils_bn(node);
+    session.check("finding expected utilities");
+    std::printf("\n%s (decision: expected utility of each choice)\n", node_label(node, engine_names).c_str());
+    for (int s = 0; s < GetNodeNumberStates_bn(node); ++s)
+        std::printf("  %-20s %12.6g\n", state_label(node, s, engine_names).c_str(), utils[s]);
 }
 
 void print_text(Session& session, net_bn* net, const std::vector<node_bn*>& nodes, bool engine_names) {
@@ -52,7 +46,7 @@ void print_text(Session& session, net_bn* net, const std::vector<node_bn*>& node
     for (node_bn* node : nodes) {
         nodekind_bn kind = GetNodeKind_bn(node);
         if (kind == NATURE_NODE && GetNodeNumberStates_bn(node) > 0) print_beliefs(session, node, engine_names);
-        else if (kind == DECISION_NODE || kind == UTILITY_NODE) print_utilities(session, node, engine_names);
+        else if (kind == DECISION_NODE) print_utilities(session, node, engine_names);
     }
 }
 

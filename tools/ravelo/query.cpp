@@ -61,18 +61,12 @@ void write_beliefs_json(JsonWriter& json, Session& session, net_bn* net, const s
         session.check("finding expected utilities");
         json.key(node_label(node, engine_names)).begin_object();
         for (int s = 0; s < GetNodeNumberStates_bn(node); ++s)
-            json.key(state_label(node, s, engine_names)).value(utils[s]);
+            json.key(state_label(node, s, engine_names)).value(static_cast<float>(utils[s]));
         json.end_object();
     }
-    json.end_object().key("utilities").begin_object();
-    for (node_bn* node : nodes) {
-        if (GetNodeKind_bn(node) != UTILITY_NODE) continue;
-        double value = GetNodeExpectedValue_bn(node, nullptr);
-        session.check("finding expected utilities");
-        json.key(node_label(node, engine_names)).value(value);
-    }
     json.end_object();
-    json.key("expected_utility").value(GetNetExpectedUtility_bn(net));
+    // Utilities come from single-precision tables: digits beyond a float's are noise.
+    json.key("expected_utility").value(static_cast<float>(GetNetExpectedUtility_bn(net)));
     session.check("finding the expected utility");
 }
 

@@ -25,8 +25,8 @@ class Progress;
 void compile_with_findings(Session& session, net_bn* net, const std::vector<std::string>& findings,
                            Progress* progress = nullptr);
 
-// Beliefs of the chosen nature nodes, expected utilities of the decision nodes and expected
-// values of the utility nodes, as the members of the JSON object being written.
+// Beliefs of the chosen nature nodes, the expected utility of each choice of the decision nodes
+// and the net's expected utility, as the members of the JSON object being written.
 void write_beliefs_json(JsonWriter& json, Session& session, net_bn* net, const std::vector<node_bn*>& nodes,
                         bool engine_names);
 
