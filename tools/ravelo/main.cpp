@@ -35,7 +35,7 @@ bool refuse_unknown_command(const CLI::App& app, int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"ravelo: Bayesian belief and decision networks from the command line"};
+    CLI::App app{"ravelo: Bayesian belief and decision networks from the command line", "ravelo"};
     app.require_subcommand(1);
     app.footer("Exit codes: 0 success, 1 a file or the engine failed, 2 a wrong command line.");
     app.set_version_flag("--version", version_text, "Print the program's version and exit");
