@@ -40,9 +40,12 @@ Environ::~Environ() {
     CloseRavelo_bn(env_, mesg);
 }
 
+// Never closed at process exit: Python frees objects during and after finalisation in no
+// fixed order, and the engine's per-thread report lists are gone by the time static objects
+// are destroyed.  The operating system takes the memory back.
 std::shared_ptr<Environ> shared_environ() {
-    static std::shared_ptr<Environ> environ = std::make_shared<Environ>();
-    return environ;
+    static auto* environ = new std::shared_ptr<Environ>(std::make_shared<Environ>());
+    return *environ;
 }
 
 void raise_reports(environ_ns* env) {
