@@ -34,3 +34,11 @@ def test_pictures_show_belief_bars_once_compiled(tmp_path):
     assert "9.2" in texts and "100.0" in texts  # tub's yes, and the finding on xray
     net.draw(tmp_path / "asia.png")
     assert (tmp_path / "asia.png").read_bytes()[:4] == b"\x89PNG"
+
+
+def test_the_tour_example_runs():
+    import runpy
+
+    pytest.importorskip("pandas")
+    pytest.importorskip("networkx")
+    runpy.run_path(str(EXAMPLES / "python" / "tour.py"), run_name="__main__")
