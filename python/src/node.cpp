@@ -79,10 +79,12 @@ int Node::num_states() const {
 
 // Unnamed states are shown as "#N", which state_of accepts back.
 std::string state_label(node_bn* node, state_bn state) {
-    if (state < 0) return state == UNDEF_STATE ? "" : "#" + std::to_string(state);
-    const char* name = GetNodeStateName_bn(node, state);
+    if (state == UNDEF_STATE) return "";
+    const char* name = state >= 0 ? GetNodeStateName_bn(node, state) : nullptr;
     if (name && *name) return name;
-    return "#" + std::to_string(state);
+    std::string label = "#";  // appended, as "#" + text trips a false GCC 12 warning
+    label += std::to_string(state);
+    return label;
 }
 
 state_bn state_of(const Node& node, py::handle state) {

@@ -1,5 +1,5 @@
 // The ravelo command-line program: information about nets, conversion
-// between net file formats, and beliefs given findings.
+// between net file formats, beliefs given findings, and pictures of nets.
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
@@ -28,11 +28,17 @@ int main(int argc, char** argv) {
     beliefs->add_option("--format", format, "Output format: text (a bar per state) or json")
         ->check(CLI::IsMember({"text", "json"}));
 
+    CLI::App* draw = app.add_subcommand("draw", "Draw a net with Graphviz, with belief bars when it compiles");
+    draw->add_option("FILE", file, "Net file to read")->required();
+    draw->add_option("-o,--output", out, "Picture to write; its extension names the format (svg, png, pdf)")
+        ->required();
+
     CLI11_PARSE(app, argc, argv);
     try {
         if (info->parsed()) return ravelo_cli::run_info(file);
         if (convert->parsed()) return ravelo_cli::run_convert(in, out);
         if (beliefs->parsed()) return ravelo_cli::run_beliefs(file, findings, format);
+        if (draw->parsed()) return ravelo_cli::run_draw(file, out);
     } catch (const ravelo_cli::CommandFailed&) {
         return 1;  // already explained on standard error
     }
