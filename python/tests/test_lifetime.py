@@ -1,6 +1,7 @@
 """Object lifetime and threads: wrappers outliving their net, deletion, and parallel updates."""
 import gc
 import threading
+import time
 
 import numpy as np
 import pytest
@@ -114,3 +115,24 @@ def test_reports_stay_with_the_thread_that_made_them():
         net["xray"].states  # never sees the other thread's reports
     worker.join()
     assert failures == [3072] * 50
+
+
+def test_long_updates_let_other_threads_run():
+    net = ravelo.read(TEST_DATA / "nets" / "water.bif")
+    net.compile()
+    node = net.nodes[0]
+    span = []
+
+    def update():
+        start = time.perf_counter()
+        node.beliefs  # the first update of a large junction tree
+        span.extend([start, time.perf_counter()])
+
+    worker = threading.Thread(target=update)
+    ticks = []
+    worker.start()
+    while worker.is_alive():
+        ticks.append(time.perf_counter())
+    worker.join()
+    during = [t for t in ticks if span[0] < t < span[1]]
+    assert len(during) > 10, "the update held the GIL throughout"
