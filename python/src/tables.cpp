@@ -60,6 +60,25 @@ bool has_table(const Node& node) {
     return has != 0;
 }
 
+// Writes every row through the engine; when one is refused, the rows already written get their
+// old entries back (or the tables go, if the node had none) and the refusal is raised.
+template <class Write, class Restore>
+void write_rows_or_restore(const Node& node, const std::vector<py::ssize_t>& axes, bool had_table, Write&& write,
+                           Restore&& restore) {
+    size_t written = 0;
+    try {
+        each_condition(axes, [&](const state_bn* states, size_t row) {
+            engine_call(node.env(), false, [&] { write(states, row); });
+            ++written;
+        });
+    } catch (...) {
+        if (!had_table) DeleteNodeTables_bn(node.handle());
+        else each_condition(axes, [&](const state_bn* states, size_t row) { if (row < written) restore(states, row); });
+        clear_reports(node.env());
+        throw;
+    }
+}
+
 py::object cpt(const Node& node) {
     node_bn* handle = node.handle();
     if (!has_table(node)) return py::none();
@@ -89,25 +108,14 @@ void set_cpt(const Node& node, const py::object& values) {
     shape.push_back(count);
     auto table = shaped<float>(node, values, shape, "cpt");
     std::vector<py::ssize_t> axes(shape.begin(), shape.end() - 1);
+    bool had_table = has_table(node);
     py::object before = cpt(node);
-    size_t written = 0;
-    try {
-        each_condition(axes, [&](const state_bn* states, size_t row) {
-            engine_call(env, false, [&] { SetNodeProbs_bn(handle, states, table.data() + row * count); });
-            ++written;
-        });
-    } catch (...) {
-        if (before.is_none()) {
-            DeleteNodeTables_bn(handle);
-        } else {
+    write_rows_or_restore(node, axes, had_table,
+        [&](const state_bn* states, size_t row) { SetNodeProbs_bn(handle, states, table.data() + row * count); },
+        [&](const state_bn* states, size_t row) {
             auto old = before.cast<py::array_t<float, py::array::c_style | py::array::forcecast>>();
-            each_condition(axes, [&](const state_bn* states, size_t row) {
-                if (row < written) SetNodeProbs_bn(handle, states, old.data() + row * count);
-            });
-        }
-        clear_reports(env);
-        throw;
-    }
+            SetNodeProbs_bn(handle, states, old.data() + row * count);
+        });
 }
 
 // A function table: state indices for a discrete node, real values for a continuous one.
@@ -136,25 +144,14 @@ void write_func(const Node& node, const py::object& values, Set&& set) {
     node_bn* handle = node.handle();
     std::vector<py::ssize_t> axes = parent_axes(node);
     auto table = shaped<T>(node, values, axes, "function table");
+    bool had_table = has_table(node);
     py::object before = func(node);
-    size_t written = 0;
-    try {
-        each_condition(axes, [&](const state_bn* states, size_t row) {
-            engine_call(node.env(), false, [&] { set(handle, states, table.data()[row]); });
-            ++written;
-        });
-    } catch (...) {
-        if (before.is_none()) {
-            DeleteNodeTables_bn(handle);
-        } else {
+    write_rows_or_restore(node, axes, had_table,
+        [&](const state_bn* states, size_t row) { set(handle, states, table.data()[row]); },
+        [&](const state_bn* states, size_t row) {
             auto old = before.cast<py::array_t<T, py::array::c_style | py::array::forcecast>>();
-            each_condition(axes, [&](const state_bn* states, size_t row) {
-                if (row < written) set(handle, states, old.data()[row]);
-            });
-        }
-        clear_reports(node.env());
-        throw;
-    }
+            set(handle, states, old.data()[row]);
+        });
 }
 
 void set_func(const Node& node, const py::object& values) {
