@@ -2,7 +2,8 @@
 
 
 def _beliefs(net, nodes=None, as_frame=True):
-    """The beliefs of the nodes (all when None) given the current findings.
+    """The beliefs of the nodes given the current findings (when None, every node that has
+    beliefs: the nature and decision nodes with states).
 
     As a pandas DataFrame indexed by (node, state) with one column "belief", or with
     ``as_frame=False`` as a dict {node name: numpy array}.
@@ -25,11 +26,14 @@ def _findings(net):
     """The current findings as {node name: state name, likelihood array or value}."""
     found = {}
     for node in net.nodes:
-        if node.finding is not None:
+        if node.kind == "utility":
+            continue
+        discrete = node.num_states > 0
+        if discrete and node.finding is not None:
             found[node.name] = node.finding
         elif node.value is not None:
             found[node.name] = node.value
-        elif (node.likelihood != 1).any():
+        elif discrete and (node.likelihood != 1).any():
             found[node.name] = node.likelihood
     return found
 

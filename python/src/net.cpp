@@ -213,10 +213,16 @@ double joint_probability(const Net& net, const py::dict& states) {
     return engine_call(net.ref->env(), true, [&] { return JointProbability_bn(list->list, indices.data()); });
 }
 
-// Every node's beliefs by name, read in one pass.
+bool has_beliefs(node_bn* node) {
+    int kind = GetNodeKind_bn(node);
+    return (kind == NATURE_NODE || kind == DECISION_NODE) && GetNodeNumberStates_bn(node) > 0;
+}
+
+// The nodes' beliefs by name, read in one pass; None means every node that has beliefs.
 py::dict beliefs_by_name(const Net& net, const py::object& nodes) {
     py::dict result;
     for (node_bn* n : handles_of(net, nodes)) {
+        if (nodes.is_none() && !has_beliefs(n)) continue;
         Node node(net.ref, n);
         result[py::str(node.name())] = beliefs_of(node);
     }
@@ -310,7 +316,8 @@ void bind_net(py::module_& m) {
         .def("joint_probability", &joint_probability, py::arg("states"),
              "The probability, given the findings, that the nodes are in the states ({node: state}).")
         .def("beliefs_dict", &beliefs_by_name, py::arg("nodes") = py::none(),
-             "The beliefs of the nodes (all when None) as {node name: numpy array}.")
+             "The beliefs of the nodes as {node name: numpy array}; None means every nature and\n"
+             "decision node with states.")
         .def("write", &write_net, py::arg("path"), "Writes the net to a file in the format its extension names.")
         .def("dumps", &write_text, py::arg("format") = "dne",
              "The net as text in a format named by its extension ('dne', 'bif', 'xmlbif', 'net', 'uai').")

@@ -154,3 +154,18 @@ def test_engine_warnings_go_to_the_warnings_module():
         net.uncompile()
         with pytest.raises(ravelo.RaveloWarning):
             net.compile()
+
+
+def test_whole_net_reads_skip_nodes_without_beliefs():
+    net = ravelo.Net("Party")
+    weather = net.add_node("W", ["rain", "dry"])
+    decide = net.add_node("D", ["take", "leave"], kind="decision")
+    worth = net.add_node("U", 0, parents=[weather, decide], kind="utility")
+    weather.cpt = [0.3, 0.7]
+    worth.func = [[1, 2], [3, 4]]
+    net.compile()
+    weather.finding = "dry"
+    assert net.findings == {"W": "dry"}
+    assert sorted(net.beliefs(as_frame=False)) == ["D", "W"]
+    assert net.beliefs().loc[("W", "dry"), "belief"] == 1
+    assert "U" in net.to_dot()
