@@ -12,10 +12,12 @@ Every engine report of severity error or worse is raised as :class:`ravelo.Error
 as :class:`ravelo.RaveloWarning`.
 """
 from ._ravelo import Error, Net, Node, RaveloWarning, engine_version, loads, read
-from . import _frames, _graph
+from . import _frames, _graph, _pgmpy
+from ._pgmpy import from_pgmpy
 
-__all__ = ["Error", "Net", "Node", "RaveloWarning", "engine_version", "loads", "read"]
+__all__ = ["Error", "Net", "Node", "RaveloWarning", "engine_version", "from_pgmpy", "loads", "read"]
 __version__ = "5.5.0"
 
 _frames.extend(Net, Node)
 _graph.extend(Net)
+_pgmpy.extend(Net)

@@ -111,6 +111,8 @@ struct Net {
 };
 
 std::string text_or_empty(const char* text);
+// Text handed to the engine as a C string; ValueError if a NUL would silently cut it short.
+const char* c_text(const std::string& text);
 // A path given as str or os.PathLike.
 std::string path_text(py::handle path);
 std::vector<Node> nodes_of(const std::shared_ptr<NetRef>& net, const nodelist_bn* list);

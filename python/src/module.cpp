@@ -83,6 +83,11 @@ void raise_error(const std::string& message) { raise_as_error(0, ERROR_ERR, mess
 
 std::string text_or_empty(const char* text) { return text ? text : ""; }
 
+const char* c_text(const std::string& text) {
+    if (text.find('\0') != std::string::npos) throw py::value_error("text holds a NUL character");
+    return text.c_str();
+}
+
 }  // namespace ravelo_py
 
 using namespace ravelo_py;

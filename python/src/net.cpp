@@ -23,7 +23,9 @@ void NetRef::remove() {
 }
 
 std::string path_text(py::handle path) {
-    return py::module_::import("os").attr("fspath")(path).cast<std::string>();
+    std::string text = py::module_::import("os").attr("fspath")(path).cast<std::string>();
+    c_text(text);
+    return text;
 }
 
 std::vector<Node> nodes_of(const std::shared_ptr<NetRef>& net, const nodelist_bn* list) {
@@ -71,7 +73,7 @@ Net read_text(const std::string& text, const std::string& format) {
     auto environ = shared_environ();
     environ_ns* env = environ->get();
     std::string name = "net." + format;
-    net_bn* made = with_stream(env, NewMemoryStream_ns(name.c_str(), env, nullptr), [&](stream_ns* s) {
+    net_bn* made = with_stream(env, NewMemoryStream_ns(c_text(name), env, nullptr), [&](stream_ns* s) {
         SetStreamContents_ns(s, text.data(), static_cast<long>(text.size()), 1);
         py::gil_scoped_release unlocked;
         return ReadNet_bn(s, NO_WINDOW);
@@ -93,7 +95,7 @@ std::string write_text(const Net& net, const std::string& format) {
     net_bn* handle = net.ref->checked();
     environ_ns* env = net.ref->env();
     std::string name = "net." + format;
-    return with_stream(env, NewMemoryStream_ns(name.c_str(), env, nullptr), [&](stream_ns* s) {
+    return with_stream(env, NewMemoryStream_ns(c_text(name), env, nullptr), [&](stream_ns* s) {
         engine_call(env, true, [&] { WriteNet_bn(handle, s); });
         long length = 0;
         const char* text = GetStreamContents_ns(s, &length);
@@ -104,7 +106,7 @@ std::string write_text(const Net& net, const std::string& format) {
 
 Node node_named(const Net& net, const std::string& name) {
     net_bn* handle = net.ref->checked();
-    node_bn* node = GetNodeNamed_bn(name.c_str(), handle);
+    node_bn* node = GetNodeNamed_bn(c_text(name), handle);
     raise_reports(net.ref->env());
     if (!node) throw py::key_error("net '" + text_or_empty(GetNetName_bn(handle)) + "' has no node '" + name + "'");
     return Node(net.ref, node);
@@ -176,7 +178,9 @@ Node add_node(const Net& net, const std::string& name, const py::object& states,
         }
         if (count == 0) throw py::value_error("node '" + name + "' needs at least one state");
     }
-    node_bn* node = engine_call(env, false, [&] { return NewNode_bn(name.c_str(), count, handle); });
+    c_text(names);
+    const char* checked_name = c_text(name);
+    node_bn* node = engine_call(env, false, [&] { return NewNode_bn(checked_name, count, handle); });
     // A node made only in part is taken out again, so a failure leaves the net as it was.
     try {
         if (!names.empty()) engine_call(env, false, [&] { SetNodeStateNames_bn(node, names.c_str()); });
@@ -238,7 +242,8 @@ template <class Setter>
 auto set_net_text(Setter set) {
     return [set](const Net& net, const std::string& text) {
         net_bn* handle = net.ref->checked();
-        engine_call(net.ref->env(), false, [&] { set(handle, text.c_str()); });
+        const char* checked_text = c_text(text);
+        engine_call(net.ref->env(), false, [&] { set(handle, checked_text); });
     };
 }
 
@@ -248,7 +253,7 @@ void bind_net(py::module_& m) {
     py::class_<Net> net(m, "Net", "A belief or decision net: nodes joined by links, with their tables and findings.");
     net.def(py::init([](const std::string& name) {
                 auto environ = shared_environ();
-                return adopt(environ, NewNet_bn(name.c_str(), environ->get()));
+                return adopt(environ, NewNet_bn(c_text(name), environ->get()));
             }),
             py::arg("name"), "Makes an empty net; the name must be a legal name (letters, digits, '_').")
         .def_property("name", net_text(GetNetName_bn), set_net_text(SetNetName_bn), "The net's name.")
@@ -260,7 +265,7 @@ void bind_net(py::module_& m) {
         .def("__len__", [](const Net& net) { return net_nodes(net).size(); })
         .def("__iter__", [](const Net& net) { return py::iter(py::cast(net_nodes(net))); })
         .def("__contains__", [](const Net& net, const std::string& name) {
-            node_bn* node = GetNodeNamed_bn(name.c_str(), net.ref->checked());
+            node_bn* node = GetNodeNamed_bn(c_text(name), net.ref->checked());
             raise_reports(net.ref->env());
             return node != nullptr;
         })
@@ -323,7 +328,7 @@ void bind_net(py::module_& m) {
              "The net as text in a format named by its extension ('dne', 'bif', 'xmlbif', 'net', 'uai').")
         .def("copy", [](const Net& net, const std::string& name) {
             net_bn* handle = net.ref->checked();
-            return adopt(net.ref->environ, CopyNet_bn(handle, name.c_str(), net.ref->env(), ""));
+            return adopt(net.ref->environ, CopyNet_bn(handle, c_text(name), net.ref->env(), ""));
         }, py::arg("name"), "A copy of the net under a new name.")
         .def("delete", [](const Net& net) { net.ref->remove(); },
              "Deletes the net now; its Node objects then raise ravelo.Error when used.")

@@ -21,7 +21,8 @@ template <class Setter>
 auto set_node_text(Setter set) {
     return [set](const Node& node, const std::string& text) {
         node_bn* handle = node.handle();
-        engine_call(node.env(), false, [&] { set(handle, text.c_str()); });
+        const char* checked_text = c_text(text);
+        engine_call(node.env(), false, [&] { set(handle, checked_text); });
     };
 }
 
@@ -40,7 +41,8 @@ void set_state_names(const Node& node, const std::vector<std::string>& names) {
                               std::to_string(names.size()));
     std::string joined;
     for (const std::string& n : names) joined += (joined.empty() ? "" : ",") + n;
-    engine_call(node.env(), false, [&] { SetNodeStateNames_bn(handle, joined.c_str()); });
+    const char* checked_names = c_text(joined);
+    engine_call(node.env(), false, [&] { SetNodeStateNames_bn(handle, checked_names); });
 }
 
 py::object levels(const Node& node) {
@@ -98,7 +100,7 @@ state_bn state_of(const Node& node, py::handle state) {
         if (index < 0 || index >= count) index = UNDEF_STATE;
     } else if (py::isinstance<py::str>(state)) {
         shown = state.cast<std::string>();
-        index = GetStateNamed_bn(shown.c_str(), handle);
+        index = GetStateNamed_bn(c_text(shown), handle);
         raise_reports(node.env());
         if (index == UNDEF_STATE && shown.size() > 1 && shown[0] == '#') {
             try {
@@ -150,7 +152,8 @@ void bind_node(py::module_& m) {
         .def_property("equation", node_text(GetNodeEquation_bn), [](const Node& n, const py::object& eqn) {
             node_bn* handle = n.handle();
             std::string text = eqn.is_none() ? "" : eqn.cast<std::string>();
-            engine_call(n.env(), false, [&] { SetNodeEquation_bn(handle, text.c_str()); });
+            const char* checked_text = c_text(text);
+            engine_call(n.env(), false, [&] { SetNodeEquation_bn(handle, checked_text); });
         }, "The node's equation text ('' when none; None or '' removes it).")
         .def("equation_to_table", [](const Node& n, int num_samples, bool samp_unc, bool add_exist) {
             node_bn* handle = n.handle();

@@ -42,3 +42,25 @@ def test_the_tour_example_runs():
     pytest.importorskip("pandas")
     pytest.importorskip("networkx")
     runpy.run_path(str(EXAMPLES / "python" / "tour.py"), run_name="__main__")
+
+
+def test_pgmpy_exchange_keeps_structure_and_tables(asia):
+    pytest.importorskip("pgmpy")
+    import numpy as np
+
+    model = asia.to_pgmpy()
+    assert set(model.edges()) == {(p.name, n.name) for n in asia.nodes for p in n.parents}
+    back = ravelo.from_pgmpy(model)
+    for node in asia.nodes:
+        assert back[node.name].states == node.states
+        np.testing.assert_allclose(back[node.name].cpt, node.cpt, atol=1e-6)
+
+
+def test_pgmpy_exchange_without_pgmpy_says_what_is_missing(asia):
+    try:
+        import pgmpy  # noqa: F401
+        pytest.skip("pgmpy is installed")
+    except ImportError:
+        pass
+    with pytest.raises(ImportError, match="needs pgmpy installed"):
+        asia.to_pgmpy()

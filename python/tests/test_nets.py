@@ -122,6 +122,11 @@ def test_node_properties_round_trip_through_the_engine():
     with pytest.raises(ravelo.Error):
         x.name = "not legal!"
     assert x.name == "X" and "X" in net and "Y" not in net
+    for cut_short in (lambda: setattr(x, "title", "An\0other"), lambda: net["X\0"],
+                      lambda: net.add_node("Y\0Z", 2), lambda: setattr(x, "finding", "lo\0")):
+        with pytest.raises(ValueError, match="NUL"):
+            cut_short()
+    assert x.title == "An X" and len(net) == 1
     with pytest.raises(ValueError, match="has 3 states, not 2"):
         x.states = ["a", "b"]
     x.kind = "decision"
