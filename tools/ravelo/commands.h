@@ -19,5 +19,6 @@ Command add_convert(CLI::App& program);
 Command add_beliefs(CLI::App& program);
 Command add_mpe(CLI::App& program);
 Command add_batch(CLI::App& program);
+Command add_draw(CLI::App& program);
 
 }  // namespace ravelo_cli

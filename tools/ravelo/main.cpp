@@ -46,6 +46,7 @@ int main(int argc, char** argv) {
         ravelo_cli::add_beliefs(app),
         ravelo_cli::add_mpe(app),
         ravelo_cli::add_batch(app),
+        ravelo_cli::add_draw(app),
     };
 
     try {
