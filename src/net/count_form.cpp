@@ -52,8 +52,16 @@ CountForm::CountForm(Node& node, bool many_rows)
 CountForm::~CountForm() { settle(); }
 
 void CountForm::convert(std::size_t r) {
-    if (!touched_.empty()) touched_[r] = 1;
-    touched_rows_.push_back(r);
+    if (touched_.empty() && num_few_ < kFewRows) {
+        few_[num_few_++] = r;
+    } else {
+        if (touched_.empty()) {
+            touched_.assign(rows_, 0);
+            for (std::size_t i = 0; i < num_few_; ++i) touched_[few_[i]] = 1;
+        }
+        touched_[r] = 1;
+        touched_rows_.push_back(r);
+    }
     const float* p = node_.cpt.data() + r * states_;
     double* c = node_.counts.data() + r * states_;
     const double e = node_.experience[r];
@@ -70,13 +78,17 @@ void CountForm::convert(std::size_t r) {
     for (std::size_t s = 0; s < states_; ++s) c[s] = marked ? prior : static_cast<double>(p[s]) * e;
 }
 
+void CountForm::settle_row(std::size_t r) {
+    node_.experience[r] = counts_to_probabilities(node_.counts.data() + r * states_, states_,
+                                                  node_.cpt.data() + r * states_);
+    if (!touched_.empty()) touched_[r] = 0;
+}
+
 void CountForm::settle() {
-    if (touched_rows_.empty()) return;
-    for (std::size_t r : touched_rows_) {
-        node_.experience[r] = counts_to_probabilities(node_.counts.data() + r * states_, states_,
-                                                      node_.cpt.data() + r * states_);
-        if (!touched_.empty()) touched_[r] = 0;
-    }
+    if (num_few_ == 0 && touched_rows_.empty()) return;
+    for (std::size_t i = 0; i < num_few_; ++i) settle_row(few_[i]);
+    for (std::size_t r : touched_rows_) settle_row(r);
+    num_few_ = 0;
     touched_rows_.clear();
     node_tables_changed(node_);
 }

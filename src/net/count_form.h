@@ -49,15 +49,21 @@ public:
 private:
     bool was_touched(std::size_t r) const {
         if (!touched_.empty()) return touched_[r] != 0;
-        for (std::size_t t : touched_rows_)
-            if (t == r) return true;
+        for (std::size_t i = 0; i < num_few_; ++i)
+            if (few_[i] == r) return true;
         return false;
     }
     void convert(std::size_t r);
+    void settle_row(std::size_t r);
 
     Node& node_;
     std::size_t states_, rows_;
-    std::vector<char> touched_;  // empty unless many_rows
+    // The first few rows touched are kept in place, so that learning a single
+    // case allocates nothing; more, or many_rows, switch to a flag per row.
+    static constexpr std::size_t kFewRows = 8;
+    std::size_t few_[kFewRows] = {};
+    std::size_t num_few_ = 0;
+    std::vector<char> touched_;
     std::vector<std::size_t> touched_rows_;
 };
 
