@@ -25,13 +25,39 @@ constexpr const char* kSkipAnswers = "Skip Value,Skip All,Halt";
 constexpr long kProgressRows = 8192;
 
 bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\f' || c == '\v'; }
+
+// Characters that end a plain entry ('/' only when a comment starts there),
+// in ordinary files and in the dialect of ".data" files; and those that
+// start a non-simple finding.
+struct CharClasses {
+    bool ends_plain[256] = {};
+    bool ends_plain_c45[256] = {};
+    bool starts_special[256] = {};
+    CharClasses() {
+        for (unsigned char c : std::string_view(",\t \r\f\v/")) ends_plain[c] = true;
+        for (unsigned char c : std::string_view(",\t|/")) ends_plain_c45[c] = true;
+        for (unsigned char c : std::string_view("<>[{(~")) starts_special[c] = true;
+    }
+};
+const CharClasses kChars;
+
+bool same_text(const std::string& a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < b.size(); ++i)
+        if (a[i] != b[i]) return false;
+    return true;
+}
 bool is_letter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
-// Hash of a state name, for the per-column state lookup.
+// Hash of a state name for the per-column lookup: from its length and
+// three of its characters, which tell a node's few states apart at a glance
+// (clashes only cost a probe).
 std::uint32_t name_hash(std::string_view s) {
-    std::uint32_t h = 2166136261u;
-    for (unsigned char c : s) h = (h ^ c) * 16777619u;
-    return h;
+    std::uint32_t h = static_cast<std::uint32_t>(s.size()) * 2654435761u;
+    if (!s.empty())
+        h ^= static_cast<unsigned char>(s.front()) * 16777619u ^ static_cast<unsigned char>(s.back()) * 40503u ^
+             static_cast<std::uint32_t>(static_cast<unsigned char>(s[s.size() / 2])) << 11;
+    return h ^ (h >> 13);
 }
 
 // An IDnum entry: a non-negative decimal integer, optionally ending in "." or ".0".
@@ -79,9 +105,7 @@ struct CaseFileReader::Column {
     }
     int state_named(std::string_view name) const {
         for (std::uint32_t h = name_hash(name) & mask; table[h]; h = (h + 1) & mask) {
-            const std::string& candidate = node->states[static_cast<size_t>(table[h] - 1)].name;
-            if (candidate.size() == name.size() && std::memcmp(candidate.data(), name.data(), name.size()) == 0)
-                return table[h] - 1;
+            if (same_text(node->states[static_cast<size_t>(table[h] - 1)].name, name)) return table[h] - 1;
         }
         return kUndefState;
     }
@@ -168,10 +192,12 @@ void CaseFileReader::split_entries(std::string_view line) {
             e.text = line.substr(i, j - i);
             i = j;
         } else if (c != ',') {
+            const bool* ends = c45_dialect_ ? kChars.ends_plain_c45 : kChars.ends_plain;
             size_t j = i;
-            while (j < n && line[j] != ',' && line[j] != '\t' && !(c45_dialect_ ? line[j] == '|' : is_blank(line[j])) &&
-                   !(line[j] == '/' && j + 1 < n && (line[j + 1] == '/' || line[j + 1] == '*')))
-                ++j;
+            for (;; ++j) {
+                while (j < n && !ends[static_cast<unsigned char>(line[j])]) ++j;
+                if (j == n || line[j] != '/' || (j + 1 < n && (line[j + 1] == '/' || line[j + 1] == '*'))) break;
+            }
             std::string_view text = line.substr(i, j - i);
             if (c45_dialect_) {
                 while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
@@ -507,16 +533,17 @@ bool CaseFileReader::read_special(Column& column, const Entry& entry, CaseSlot& 
 
 bool CaseFileReader::read_entry(Column& column, const Entry& entry, CaseSlot& slot) {
     std::string_view text = entry.text;
+    static const double kUndef = undef_value();
     slot.state = kUndefState;
-    slot.value = undef_value();
-    slot.special.reset();
+    slot.value = kUndef;
+    if (slot.special) slot.special.reset();
     if (text.empty() || (text.size() == 1 && (text[0] == '?' || text[0] == '*' || text[0] == ' '))) return true;
     if (text == "NA" || text == "N/A") {
         slot.state = column.state_named(text);
         return true;
     }
     const char c = text[0];
-    if (!entry.quoted && std::strchr("<>[{(~", c)) return read_special(column, entry, slot);
+    if (!entry.quoted && kChars.starts_special[static_cast<unsigned char>(c)]) return read_special(column, entry, slot);
     if (column.numeric && !is_letter(c) && c != '#' && c != '_') return read_number(column, entry, slot);
     return read_state_name(column, entry, slot);
 }
