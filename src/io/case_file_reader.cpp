@@ -4,6 +4,7 @@
 #include <new>
 
 #include "base/failure.h"
+#include "base/lexicon.h"
 #include "base/numbers.h"
 #include "base/progress.h"
 #include "base/stream.h"
@@ -83,6 +84,7 @@ struct CaseFileReader::Column {
     Node* node = nullptr;
     int kept = -1;  // index among the kept columns
     bool numeric = false;
+    bool made_here = false;  // a node this reader made, which takes its states from the file
     size_t indexed_states = 0, indexed_levels = 0;
     std::vector<int> table;
     std::uint32_t mask = 0;
@@ -308,6 +310,7 @@ void CaseFileReader::read_heading() {
         if (node && std::none_of(columns_.begin(), columns_.end(), [&](const Column& c) { return c.node == node; })) {
             column.kind = Column::NodeColumn;
             column.node = node;
+            column.made_here = true;
         }
     }
     for (Column& column : columns_) {
@@ -329,7 +332,7 @@ void CaseFileReader::add_new_nodes(const std::vector<std::string>& names) {
     if (options_.new_nodes == NewNodes::Query && options_.query) {
         std::string question = format("case file '%s' refers to these >-node-s not in >-net '%s':  %.400s",
                                       name_.c_str(), net_.name.c_str(), list.c_str());
-        add = options_.query(question, "Add Them,Don't Add") == 0;
+        add = options_.query(substitute_terms(question, net_.env->language), "Add Them,Don't Add") == 0;
     }
     if (!add) {
         warning(2278, "case file '%s' referred to these >-node-s not in >-net '%s':  %.400s", name_.c_str(),
@@ -488,8 +491,7 @@ bool CaseFileReader::read_state_name(Column& column, const Entry& entry, CaseSlo
     const bool can_add = node.is_discrete() && is_legal_name(value.c_str());
     std::string question = format("value '%.80s' is not one of the possible states of variable '%s', in %s",
                                   value.c_str(), name, place(entry).c_str());
-    // A node with no states yet (one this reader made) takes its states from the file.
-    const bool fresh = can_add && node.states.empty();
+    const bool fresh = can_add && column.made_here;
     switch (fresh ? AddOrExpand : decide(UnknownName, can_add, question)) {
         case Skip:
             warning(2460, "unknown value '%.80s' for variable '%s', appears in %s", value.c_str(), name,

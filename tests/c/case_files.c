@@ -76,6 +76,50 @@ static void check_reading_by_position(environ_ns* env) {
     DeleteNet_bn(net);
 }
 
+struct Asked {
+    int count;
+    char last[400];
+    int answer;
+};
+
+static int answer_query(const char* message, const char* answers, void* data) {
+    struct Asked* asked = (struct Asked*)data;
+    ++asked->count;
+    snprintf(asked->last, sizeof asked->last, "%s [%s]", message, answers);
+    return asked->answer;
+}
+
+/* The query the caller installs is asked about unknown values; without one
+ * the reader does as told. */
+static void check_unknown_values(environ_ns* env) {
+    net_bn* net = small_net(env);
+    const nodelist_bn* nodes = GetNetNodes2_bn(net, NULL);
+    stream_ns* file = NewMemoryStream_ns("odd.cas", env, NULL);
+    SetStreamContents_ns(file, "A B\nyes huge\n", -1, 1);
+    struct Asked asked = {0, "", 1};
+    SetCaseFileQueryCallback_ns(answer_query, &asked, SKIP_UNKNOWN_VALUES, env);
+    ReadNetFindings2_bn(NULL, file, 0, nodes, NULL, NULL);
+    EXPECT(asked.count == 1);
+    EXPECT(strcmp(asked.last, "value 'huge' is not one of the possible states of variable 'B', in case 1 on line 2 "
+                              "(char 5 of file 'odd.cas') [Add State,Add All States,Skip Value,Skip All,Halt]") == 0);
+    EXPECT(GetNodeNumberStates_bn(GetNodeNamed_bn("B", net)) == 4);
+    EXPECT(GetNodeFinding_bn(GetNodeNamed_bn("B", net)) == 3);
+    EXPECT_REPORT(2464, "state 'huge' added to variable 'B' to read case 1 on line 2 (char 5 of file 'odd.cas')");
+
+    SetStreamContents_ns(file, "A B\nyes vast\n", -1, 1);
+    SetCaseFileQueryCallback_ns(NULL, NULL, HALT_ON_UNKNOWN_VALUES, env);
+    long position = FIRST_CASE;
+    ReadNetFindings2_bn(&position, file, 0, nodes, NULL, NULL);
+    EXPECT(position == NO_MORE_CASES);
+    EXPECT_REPORT(2461, "value 'vast' is not one of the possible states of variable 'B', in case 1 on line 2 (char 5 "
+                        "of file 'odd.cas')");
+    SetCaseFileQueryCallback_ns(NULL, NULL, 7, env);
+    EXPECT_REPORT(5578, "argument 'unasked' should be SKIP_UNKNOWN_VALUES, ADD_UNKNOWN_VALUES or "
+                        "HALT_ON_UNKNOWN_VALUES (it is 7)");
+    SetCaseFileQueryCallback_ns(NULL, NULL, SKIP_UNKNOWN_VALUES, env);
+    DeleteNet_bn(net);
+}
+
 static void check_case_sets(environ_ns* env) {
     caseset_cs* cases = NewCaseset_cs("set", env);
     stream_ns* one = NewMemoryStream_ns("one.cas", env, NULL);
@@ -100,6 +144,7 @@ int main(void) {
     environ_ns* env = open_environment();
     check_settings(env);
     check_reading_by_position(env);
+    check_unknown_values(env);
     check_case_sets(env);
     return finish(env);
 }

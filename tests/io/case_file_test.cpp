@@ -339,6 +339,36 @@ TEST_F(CaseFileTest, NewNodesAreMadeAndPlacedInAGrid) {
     EXPECT_EQ(net->find("9bad"), nullptr);
 }
 
+TEST_F(CaseFileTest, NewNodesOnlyWhenTheQuerySaysSo) {
+    options.new_nodes = NewNodes::Query;
+    std::string asked;
+    int answer = 1;
+    options.query = [&](const std::string& message, const std::string& answers) {
+        asked = message + " [" + answers + "]";
+        return answer;
+    };
+    read("A Extra\nyes x\n");
+    EXPECT_EQ(asked, "case file 't.cas' refers to these nodes not in net 'Cases':  Extra [Add Them,Don't Add]");
+    EXPECT_EQ(messages(), Messages{"case file 't.cas' referred to these nodes not in net 'Cases':  Extra"});
+    EXPECT_EQ(net->find("Extra"), nullptr);
+    answer = 0;
+    options.new_nodes = NewNodes::Query;
+    CaseTable t = read("A Extra\nyes x\n");
+    ASSERT_NE(net->find("Extra"), nullptr);
+    EXPECT_EQ(state(t, 0, "Extra"), 0);
+}
+
+TEST_F(CaseFileTest, FilesWithoutHeadingNameColumnsByNumber) {
+    options.has_heading = false;
+    options.new_nodes = NewNodes::AlwaysQuietlyAdd;
+    CaseTable t = read("yes a\nno b\n");
+    EXPECT_EQ(messages(), Messages{});
+    ASSERT_EQ(t.num_cases(), 2u);
+    ASSERT_NE(net->find("X1"), nullptr);
+    EXPECT_EQ(net->find("X1")->states.size(), 2u);
+    EXPECT_EQ(state(t, 1, "X1"), 1);
+}
+
 TEST_F(CaseFileTest, HostileFilesAreReportedNotFollowed) {
     std::mt19937 random(7);
     std::string junk = "A B\n";
