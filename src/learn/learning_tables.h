@@ -1,0 +1,47 @@
+// What EM and gradient ascent share: the progress table they print, and the
+// conversions between a learned node's table and counts.
+#pragma once
+#include <string>
+#include <vector>
+
+#include "learn/family_counts.h"
+#include "learn/learner.h"
+
+namespace ravelo {
+
+// The counts the learned tables now stand for (probability times row
+// experience), the prior that each M step adds its expected counts to.
+std::vector<double> table_counts(const LearnedTables& tables);
+
+// Sets each learned node's table to its counts normalised row by row (a row
+// of no counts stays as it is), with the row sums as its experience.
+void set_tables_from_counts(const LearnedTables& tables, const std::vector<double>& counts);
+
+// Draws new starting tables for learned nodes with no experience.
+void randomize_fresh_tables(const LearnedTables& tables, RandomGenerator& random);
+
+// The printed progress of an iterative method.
+class ProgressTable {
+public:
+    ProgressTable(Learner& learner, const char* title, const char* banner);
+    // Prints the row of iteration i; true when the learner's listener or the
+    // environment's progress listener asks to stop.
+    bool row(int iteration, double log_likelihood, double change);
+    void print(const std::string& text);
+
+private:
+    Learner& learner_;
+    std::string title_;
+    bool stop_ = false;
+};
+
+// The relative change of the score from before to after, as printed and
+// compared with the tolerance.
+double relative_change(double before, double after);
+
+LearnOutcome learn_by_em(Learner& learner, Net& net, const LearnedTables& tables, const CaseTable& cases,
+                         double degree);
+LearnOutcome learn_by_gradient(Learner& learner, Net& net, const LearnedTables& tables, const CaseTable& cases,
+                               double degree);
+
+}  // namespace ravelo
