@@ -8,24 +8,12 @@
 #include "base/random.h"
 #include "base/text.h"
 #include "learn/learning_tables.h"
+#include "net/count_form.h"
 #include "net/ops.h"
 #include "net/tables.h"
 
 namespace ravelo {
 namespace {
-
-// The counts a row of the node's table stands for: its probabilities times
-// its experience, which without an experience table is one count per cell.
-// Missing rows count as uniform.
-void row_counts(const Node& node, std::size_t row, double* out) {
-    const std::size_t m = static_cast<std::size_t>(node.num_states());
-    const double experience = node.experience.empty() ? static_cast<double>(m) : node.experience[row];
-    const float* probs = node.cpt.empty() ? nullptr : &node.cpt[row * m];
-    bool marked = !probs;
-    for (std::size_t s = 0; probs && s < m; ++s) marked = marked || probs[s] < 0.0f;
-    for (std::size_t s = 0; s < m; ++s)
-        out[s] = marked ? experience / static_cast<double>(m) : static_cast<double>(probs[s]) * experience;
-}
 
 const char* kind_word(NodeKind kind) {
     switch (kind) {
@@ -50,28 +38,18 @@ void check_learnable(const std::vector<Node*>& nodes) {
 std::vector<double> table_counts(const LearnedTables& tables) {
     std::vector<double> counts(tables.cells);
     for (std::size_t k = 0; k < tables.nodes.size(); ++k) {
-        const std::size_t m = tables.states(k);
-        for (std::size_t r = 0; r * m < tables.size(k); ++r)
-            row_counts(*tables.nodes[k], r, &counts[tables.offset[k] + r * m]);
+        CountForm form(*tables.nodes[k], true);
+        for (std::size_t r = 0; r < form.rows(); ++r)
+            std::copy_n(form.row(r), form.states(), &counts[tables.offset[k] + r * form.states()]);
     }
     return counts;
 }
 
 void set_tables_from_counts(const LearnedTables& tables, const std::vector<double>& counts) {
     for (std::size_t k = 0; k < tables.nodes.size(); ++k) {
-        Node& node = *tables.nodes[k];
-        const std::size_t m = tables.states(k), rows = tables.size(k) / m;
-        if (node.cpt.size() != rows * m) node.cpt.assign(rows * m, 1.0f / static_cast<float>(m));
-        if (node.experience.size() != rows) node.experience.assign(rows, 0.0);
-        for (std::size_t r = 0; r < rows; ++r) {
-            const double* row = &counts[tables.offset[k] + r * m];
-            double sum = 0.0;
-            for (std::size_t s = 0; s < m; ++s) sum += row[s];
-            if (!(sum > 0.0)) continue;
-            for (std::size_t s = 0; s < m; ++s) node.cpt[r * m + s] = static_cast<float>(row[s] / sum);
-            node.experience[r] = sum;
-        }
-        node_tables_changed(node);
+        CountForm form(*tables.nodes[k], true);
+        for (std::size_t r = 0; r < form.rows(); ++r)
+            std::copy_n(&counts[tables.offset[k] + r * form.states()], form.states(), form.row(r));
     }
 }
 

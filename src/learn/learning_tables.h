@@ -13,8 +13,9 @@ namespace ravelo {
 // experience), the prior that each M step adds its expected counts to.
 std::vector<double> table_counts(const LearnedTables& tables);
 
-// Sets each learned node's table to its counts normalised row by row (a row
-// of no counts stays as it is), with the row sums as its experience.
+// Sets each learned node's table to its counts, in count form: normalised
+// row by row (a row of no counts becomes uniform), with the row sums as its
+// experience.
 void set_tables_from_counts(const LearnedTables& tables, const std::vector<double>& counts);
 
 // Draws new starting tables for learned nodes with no experience.
