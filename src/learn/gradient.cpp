@@ -120,14 +120,13 @@ LearnOutcome learn_by_gradient(Learner& learner, Net& net, const LearnedTables& 
                            "\nDoing Gradient Ascent Learning, hold down <ctrl> + <mouse button> to stop ...\n");
     const std::vector<double> prior = table_counts(tables);
     SoftmaxTables softmax(tables, prior);
-    std::vector<std::vector<float>> start;
-    for (Node* node : tables.nodes) start.push_back(node->cpt);
+    SavedTables start(tables);
     double log_prior = softmax.set(softmax.params(), 0.0, nullptr);
     CaseBatch batch(net, batch_threads());
     batch.refresh_tables(tables.nodes);
     CasePass pass = pass_over_cases(batch, tables, cases, degree, true);
     if (pass.impossible >= 0) {
-        for (std::size_t k = 0; k < tables.nodes.size(); ++k) tables.nodes[k]->cpt = start[k];
+        start.restore();
         fail_log_likelihood(net, cases, pass.impossible);
     }
     std::vector<double> gradient = softmax.gradient(pass.counts);
@@ -139,16 +138,9 @@ LearnOutcome learn_by_gradient(Learner& learner, Net& net, const LearnedTables& 
         return outcome;
     }
     double change = undef_value();
-    for (int i = 0;; ++i) {
-        outcome.log_likelihood = pass.log_likelihood;
-        const bool converged = !is_undef(change) && change < learner.tolerance;
-        if (progress.row(i, pass.log_likelihood, change) || converged || i >= learner.max_iters) {
-            outcome.converged = converged;
-            break;
-        }
+    for (int i = 0; !progress.last_row(i, pass.log_likelihood, change, outcome); ++i) {
         const std::vector<double> params = softmax.params();
-        std::vector<std::vector<float>> before;
-        for (Node* node : tables.nodes) before.push_back(node->cpt);
+        SavedTables before(tables);
         auto objective_at = [&](double t) -> double {
             const double lp = softmax.set(params, t, &direction);
             batch.refresh_tables(tables.nodes);
@@ -166,10 +158,7 @@ LearnOutcome learn_by_gradient(Learner& learner, Net& net, const LearnedTables& 
             next = pass_over_cases(batch, tables, cases, degree, true);
             if (next.impossible >= 0) fail_log_likelihood(net, cases, next.impossible);
         } catch (...) {
-            for (std::size_t k = 0; k < tables.nodes.size(); ++k) {
-                tables.nodes[k]->cpt = std::move(before[k]);
-                node_tables_changed(*tables.nodes[k]);
-            }
+            before.restore();
             throw;
         }
         const std::vector<double> fresh = softmax.gradient(next.counts);
@@ -179,7 +168,6 @@ LearnOutcome learn_by_gradient(Learner& learner, Net& net, const LearnedTables& 
         gradient = fresh;
         change = relative_change(pass.log_likelihood, next.log_likelihood);
         pass = std::move(next);
-        outcome.iterations = i + 1;
         if (largest_magnitude(gradient) == 0.0) change = 0.0;
     }
     // The experience of each row is the counts it now rests on.

@@ -77,14 +77,33 @@ void ProgressTable::print(const std::string& text) {
     if (learner_.listener && learner_.listener(text)) stop_ = true;
 }
 
-bool ProgressTable::row(int iteration, double log_likelihood, double change) {
+bool ProgressTable::last_row(int iteration, double log_likelihood, double change, LearnOutcome& outcome) {
     std::string line = format("  %9d   %-14g", iteration, log_likelihood);
     if (!is_undef(change)) line += format("   %.4f", 100.0 * change);
     print(line + "\n");
     Progress progress(learner_.env, title_);
     const double done = learner_.max_iters > 0 ? std::min(1.0, iteration / double(learner_.max_iters)) : 1.0;
     if (progress.update(done)) stop_ = true;
-    return stop_;
+    outcome.iterations = iteration;
+    outcome.log_likelihood = log_likelihood;
+    outcome.converged = !is_undef(change) && change < learner_.tolerance;
+    return stop_ || outcome.converged || iteration >= learner_.max_iters;
+}
+
+SavedTables::SavedTables(const LearnedTables& tables) : tables_(tables) {
+    for (const Node* node : tables.nodes) {
+        probabilities_.push_back(node->cpt);
+        experience_.push_back(node->experience);
+    }
+}
+
+void SavedTables::restore() {
+    for (std::size_t k = 0; k < tables_.nodes.size(); ++k) {
+        Node& node = *tables_.nodes[k];
+        node.cpt = probabilities_[k];
+        node.experience = experience_[k];
+        node_tables_changed(node);
+    }
 }
 
 double relative_change(double before, double after) {

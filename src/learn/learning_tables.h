@@ -25,15 +25,30 @@ void randomize_fresh_tables(const LearnedTables& tables, RandomGenerator& random
 class ProgressTable {
 public:
     ProgressTable(Learner& learner, const char* title, const char* banner);
-    // Prints the row of iteration i; true when the learner's listener or the
-    // environment's progress listener asks to stop.
-    bool row(int iteration, double log_likelihood, double change);
+    // Prints the row of iteration i and records its score in outcome; true
+    // when iterating ends there: the change fell below the tolerance, the
+    // limit was reached, or the learner's listener or the environment's
+    // progress listener asked to stop.
+    bool last_row(int iteration, double log_likelihood, double change, LearnOutcome& outcome);
     void print(const std::string& text);
 
 private:
     Learner& learner_;
     std::string title_;
     bool stop_ = false;
+};
+
+// The tables (and experience) of the learned nodes as they were, put back
+// when an iteration cannot finish.
+class SavedTables {
+public:
+    explicit SavedTables(const LearnedTables& tables);
+    void restore();
+
+private:
+    const LearnedTables& tables_;
+    std::vector<std::vector<float>> probabilities_;
+    std::vector<std::vector<double>> experience_;
 };
 
 // The relative change of the score from before to after, as printed and
