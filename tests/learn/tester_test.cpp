@@ -172,3 +172,61 @@ TEST(ProbabilityBins, GreatestLowerBoundFirstOfEqualOnes) {
 
 }  // namespace
 }  // namespace ravelo
+
+namespace ravelo {
+namespace {
+
+// A continuous test node known by real values: its error tallies against the
+// mean and deviation of its beliefs, worked out here from the joint.
+TEST_F(TesterTest, RealValueErrorsOfContinuousNode) {
+    Node* x = node("x", 3, {a});
+    x->type = NodeType::Continuous;
+    x->levels = {0.0, 1.0, 2.0, 4.0};
+    x->cpt = {0.7f, 0.2f, 0.1f, 0.1f, 0.3f, 0.6f};
+    CaseTable cases;
+    cases.columns = {a->index, x->index};
+    const int a_states[] = {0, 1, 1, 0, kUndefState};
+    const double values[] = {0.5, 3.9, 0.0, 7.0, 1.5};
+    for (std::size_t k = 0; k < 5; ++k) {
+        cases.states.insert(cases.states.end(), {a_states[k], kUndefState});
+        cases.values.insert(cases.values.end(), {undef_value(), values[k]});
+        cases.weights.push_back(k == 1 ? 2.0 : 1.0);
+        cases.ids.push_back(-1);
+        cases.lines.push_back(static_cast<long>(k) + 2);
+    }
+    Tester tester(env, net);
+    tester.test_nodes = {x};
+    tester.tallies.emplace_back(3);
+    test_with_cases(tester, cases);
+    const NodeTally& t = tester.tallies[0];
+
+    const double mids[] = {0.5, 1.5, 3.0};
+    double count = 0, abs_sum = 0, squares = 0, abs_max = 0, rel_max = 0, z_sum = 0, beyond[3] = {0, 0, 0};
+    for (std::size_t k = 0; k < 5; ++k) {
+        a->finding.state = a_states[k];
+        std::vector<double> p = brute_beliefs(x);
+        double mean = 0, square = 0;
+        for (std::size_t s = 0; s < 3; ++s) mean += p[s] * mids[s], square += p[s] * mids[s] * mids[s];
+        const double sd = std::sqrt(square - mean * mean), d = std::fabs(values[k] - mean), w = cases.weights[k];
+        count += w, abs_sum += w * d, squares += w * d * d, abs_max = std::max(abs_max, d), z_sum += w * d / sd;
+        if (values[k] != 0) rel_max = std::max(rel_max, d / std::fabs(values[k]));
+        for (int b = 0; b < 3; ++b) beyond[b] += d / sd > b + 1 && d / sd <= b + 2 + (b == 2 ? 1e300 : 0) ? w : 0;
+    }
+    a->finding.state = kUndefState;
+    EXPECT_EQ(t.real_count, count);
+    EXPECT_NEAR(t.abs_sum, abs_sum, 1e-5);
+    EXPECT_NEAR(t.abs_squares, squares, 1e-5);
+    EXPECT_NEAR(t.abs_max, abs_max, 1e-6);
+    EXPECT_NEAR(t.z_sum, z_sum, 1e-5);
+    // The value 0 makes the relative error infinite.
+    EXPECT_TRUE(std::isinf(t.rel_sum) && std::isinf(t.rel_max));
+    EXPECT_NEAR(t.beyond1 + t.beyond2 + t.beyond3, beyond[0] + beyond[1] + beyond[2], 1e-12);
+    // 7.0 lies beyond the last level: it has no state, so only its real value counts.
+    EXPECT_EQ(t.total, count - 1);
+    const std::string report = test_report(tester);
+    EXPECT_NE(report.find("\nTesting Real Value  (6 cases):\n  Absolute error: mean = "), std::string::npos) << report;
+    EXPECT_NE(report.find("  Relative error: mean = inf % max = inf %\n"), std::string::npos) << report;
+}
+
+}  // namespace
+}  // namespace ravelo
