@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "commands.h"
+#include "json.h"
 #include "progress.h"
 #include "session.h"
 
@@ -59,31 +60,6 @@ void enter_findings(Session& session, net_bn* net, const std::vector<std::string
         EnterFinding_bn(node, state);
         session.check("entering findings");
     }
-}
-
-std::string json_string(const char* text) {
-    std::string out = "\"";
-    for (const char* c = text; *c; ++c) {
-        unsigned char u = static_cast<unsigned char>(*c);
-        if (u == '"' || u == '\\') {
-            out += '\\';
-            out += *c;
-        } else if (u < 0x20) {
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\u%04x", u);
-            out += escape;
-        } else {
-            out += *c;
-        }
-    }
-    return out + "\"";
-}
-
-std::string json_number(double x) {
-    if (!std::isfinite(x)) return "null";
-    char text[32];
-    std::snprintf(text, sizeof text, "%.10g", x);
-    return text;
 }
 
 std::string state_label(node_bn* node, int s) {
