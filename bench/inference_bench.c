@@ -13,21 +13,11 @@
 #include <sys/resource.h>
 #include <time.h>
 
+#include "bench_common.h"
 #include "ravelo/ravelo.h"
 
-static double now_ms(void) {
-    struct timespec t;
-    clock_gettime(CLOCK_MONOTONIC, &t);
-    return t.tv_sec * 1e3 + t.tv_nsec / 1e6;
-}
-
 static unsigned long long rng_state = 0x9E3779B97F4A7C15ULL;
-static double uniform(void) {
-    rng_state ^= rng_state << 13;
-    rng_state ^= rng_state >> 7;
-    rng_state ^= rng_state << 17;
-    return (rng_state >> 11) * (1.0 / 9007199254740992.0);
-}
+static double uniform(void) { return next_uniform(&rng_state); }
 
 static void fail_with_reports(environ_ns* env, const char* what) {
     const report_ns* r = GetError_ns(env, ERROR_ERR, NULL);

@@ -17,13 +17,6 @@ namespace {
 
 caseset_cs* handle_of(CaseSet* c) { return reinterpret_cast<caseset_cs*>(c); }
 
-CaseSet& checked_caseset(ApiFrame& frame, const caseset_cs* handle) {
-    ApiFrame::check(handle, kCaseSetHandle);
-    CaseSet* cases = core_of<CaseSet>(handle);
-    frame.use(*cases->env);
-    return *cases;
-}
-
 // A character argument as reports show it.
 std::string char_text(int c) {
     if (c == '\t') return "a tab";

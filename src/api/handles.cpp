@@ -1,6 +1,7 @@
 #include "api/handles.h"
 
 #include "base/stream.h"
+#include "learn/caseset.h"
 
 namespace ravelo {
 
@@ -37,6 +38,13 @@ NodeList& checked_list(ApiFrame& frame, const nodelist_bn* handle, const char* a
         frame.hold(list->net->lock);
     }
     return *list;
+}
+
+CaseSet& checked_caseset(ApiFrame& frame, const caseset_cs* handle) {
+    ApiFrame::check(handle, kCaseSetHandle);
+    CaseSet* cases = core_of<CaseSet>(handle);
+    frame.use(*cases->env);
+    return *cases;
 }
 
 Stream& checked_stream(ApiFrame& frame, const stream_ns* handle) {

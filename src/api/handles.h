@@ -13,6 +13,9 @@ extern const HandleKind kNetHandle;
 extern const HandleKind kNodeHandle;
 extern const HandleKind kNodeListHandle;
 extern const HandleKind kCaseSetHandle;
+class CaseSet;
+// Checks a case set handle and enters its environment.
+CaseSet& checked_caseset(ApiFrame& frame, const caseset_cs* cases);
 
 inline environ_ns* handle_of(Environment* e) { return reinterpret_cast<environ_ns*>(e); }
 inline report_ns* handle_of(Report* r) { return reinterpret_cast<report_ns*>(r); }

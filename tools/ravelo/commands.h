@@ -20,5 +20,20 @@ Command add_beliefs(CLI::App& program);
 Command add_mpe(CLI::App& program);
 Command add_batch(CLI::App& program);
 Command add_draw(CLI::App& program);
+Command add_learn(CLI::App& program);
+Command add_test(CLI::App& program);
+
+struct LearnOptions {
+    std::string net, cases, out, method = "em", nodes, format = "text";
+    int max_iters = -1, threads = 0;
+    double tolerance = -1, degree = 1;
+    bool fresh = false;
+};
+int run_learn(const LearnOptions& options);
+
+struct TestOptions {
+    std::string net, cases, nodes, unobserved, format = "text";
+};
+int run_test(const TestOptions& options);
 
 }  // namespace ravelo_cli

@@ -47,6 +47,8 @@ int main(int argc, char** argv) {
         ravelo_cli::add_mpe(app),
         ravelo_cli::add_batch(app),
         ravelo_cli::add_draw(app),
+        ravelo_cli::add_learn(app),
+        ravelo_cli::add_test(app),
     };
 
     try {

@@ -147,4 +147,35 @@ void Session::write_net(net_bn* net, const std::string& path, const std::string&
     check("writing");
 }
 
+caseset_cs* Session::read_cases(const std::string& path) {
+    stream_ns* stream = NewFileStream_ns(path.c_str(), env_, nullptr);
+    caseset_cs* cases = NewCaseset_cs(nullptr, env_);
+    AddFileToCaseset_cs(cases, stream, 1.0, nullptr);
+    check("reading cases");
+    return cases;
+}
+
+nodelist_bn* Session::nodes_named(net_bn* net, const std::string& names, bool nature_when_empty) {
+    nodelist_bn* list = NewNodeList2_bn(0, net);
+    if (names.empty() && nature_when_empty) {
+        const nodelist_bn* all = GetNetNodes2_bn(net, nullptr);
+        for (int i = 0; i < LengthNodeList_bn(all); ++i)
+            if (GetNodeKind_bn(NthNode_bn(all, i)) == NATURE_NODE) AddNodeToList_bn(NthNode_bn(all, i), list, LAST_ENTRY);
+    }
+    for (std::size_t start = 0; start < names.size();) {
+        std::size_t comma = names.find(',', start);
+        if (comma == std::string::npos) comma = names.size();
+        const std::string name = names.substr(start, comma - start);
+        node_bn* node = GetNodeNamed_bn(name.c_str(), net);
+        check("finding the nodes");
+        if (!node) {
+            std::fprintf(stderr, "ravelo: the net has no node named '%s'\n", name.c_str());
+            throw CommandFailed("unknown node");
+        }
+        AddNodeToList_bn(node, list, LAST_ENTRY);
+        start = comma + 1;
+    }
+    return list;
+}
+
 }  // namespace ravelo_cli

@@ -42,6 +42,11 @@ public:
     // Writes a net to a file in the format its extension names, or to standard output ("-") in
     // the format 'format' names.
     void write_net(net_bn* net, const std::string& path, const std::string& format = "");
+    // A case set of one case file (its stream lives as long as the session).
+    caseset_cs* read_cases(const std::string& path);
+    // The nodes of net named in a comma-separated list; when the list is
+    // empty, every nature node (if nature_when_empty) or none.
+    nodelist_bn* nodes_named(net_bn* net, const std::string& names, bool nature_when_empty);
     // Throws CommandFailed with the engine's message if an error was reported.
     void check(const char* doing);
     // For a step the command can do without: the error reported since the last check (empty if
