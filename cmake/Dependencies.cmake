@@ -38,6 +38,7 @@ endfunction()
 if(BUILD_TESTING)
   ravelo_ensure_debian_package(libgtest-dev)
   ravelo_ensure_debian_package(libgmock-dev)
+  ravelo_ensure_debian_package(pkg-config)  # the install test builds through ravelo.pc
 endif()
 if(RAVELO_BUILD_TOOLS)
   ravelo_ensure_debian_package(libcli11-dev)

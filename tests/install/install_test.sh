@@ -1,9 +1,10 @@
 #!/bin/sh
 # Installs the engine into a fresh prefix, then builds the examples against that prefix alone, once
 # through the CMake package and once through pkg-config, and runs what it built.
-# Arguments: the cmake program, the build tree, the source tree, a scratch folder.
+# Arguments: the cmake program, the build tree, the source tree, a scratch folder, and the compiler
+# flags the engine was built with that its users need too (the sanitizers', or empty).
 set -eu
-cmake=$1 build=$2 source=$3 scratch=$4
+cmake=$1 build=$2 source=$3 scratch=$4 flags=${5:-}
 prefix=$scratch/prefix
 rm -rf "$scratch" && mkdir -p "$scratch"
 
@@ -18,7 +19,8 @@ expect() {  # program: runs it and checks the belief it prints
     echo "$out" | grep -q "P(Rain = yes | WetGrass = wet) = 0.6923" || { echo "wrong output from $1"; exit 1; }
 }
 
-"$cmake" -S "$source/examples" -B "$scratch/with-cmake" -DCMAKE_PREFIX_PATH="$prefix" > "$scratch/cmake.log"
+"$cmake" -S "$source/examples" -B "$scratch/with-cmake" -DCMAKE_PREFIX_PATH="$prefix" \
+         -DCMAKE_C_FLAGS="$flags" -DCMAKE_EXE_LINKER_FLAGS="$flags" > "$scratch/cmake.log"
 "$cmake" --build "$scratch/with-cmake" > "$scratch/cmake-build.log"
 expect "$scratch/with-cmake/quickstart"
 expect "$scratch/with-cmake/quickstart_static"
@@ -27,12 +29,12 @@ ldd "$scratch/with-cmake/quickstart" | grep -q "=> $prefix/.*libravelo" || { ech
 
 pc_dir=$(dirname "$(find "$prefix" -name ravelo.pc)")
 export PKG_CONFIG_PATH="$pc_dir"
-cc -o "$scratch/pc-shared" "$source/examples/quickstart.c" $(pkg-config --cflags --libs ravelo)
+cc $flags -o "$scratch/pc-shared" "$source/examples/quickstart.c" $(pkg-config --cflags --libs ravelo)
 LD_LIBRARY_PATH="$pc_dir/.." expect "$scratch/pc-shared"
 # The static archive, with only the libraries the .pc file lists for static linking; the program
 # runs without the shared library on any search path.
 libdir=$(pkg-config --variable=libdir ravelo)
-cc -o "$scratch/pc-static" "$source/examples/quickstart.c" $(pkg-config --cflags ravelo) "$libdir/libravelo.a" \
+cc $flags -o "$scratch/pc-static" "$source/examples/quickstart.c" $(pkg-config --cflags ravelo) "$libdir/libravelo.a" \
    $(pkg-config --static --libs ravelo | sed 's/-lravelo / /')
 expect "$scratch/pc-static"
 echo "install test passed"

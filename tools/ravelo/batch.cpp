@@ -61,6 +61,8 @@ Command add_batch(CLI::App& program) {
     command->add_option("--nodes", options->nodes, "Show only these nodes (names separated by commas)");
     command->add_flag("--names", options->engine_names, "Show the engine's names rather than the labels the file gave");
     return {command, [file, scenarios, options] {
+                if (*file == "-" && *scenarios == "-")
+                    usage_failure("the net and the scenarios can't both come from standard input");
                 Session session;
                 net_bn* net = session.read_net(*file);
                 CompileNet_bn(net);

@@ -53,29 +53,21 @@ void print_text(Session& session, net_bn* net, const std::vector<node_bn*>& node
 }  // namespace
 
 Command add_beliefs(CLI::App& program) {
-    auto file = std::make_shared<std::string>();
-    auto options = std::make_shared<QueryOptions>();
-    CLI::App* command = program.add_subcommand("beliefs", "Compile a net, enter findings and print beliefs");
-    command->add_option("FILE", *file, "Net file to read")->required();
-    add_query_options(command, *options);
-    return {command, [file, options] {
-                Session session;
-                Progress progress(4);
-                progress.step("reading");
-                net_bn* net = session.read_net(*file);
-                compile_with_findings(session, net, options->findings, &progress);
-                std::vector<node_bn*> nodes = chosen_nodes(session, net, options->nodes);
-                progress.finish();
-                if (options->format == "json") {
-                    JsonWriter json;
-                    json.begin_object();
-                    write_beliefs_json(json, session, net, nodes, options->engine_names);
-                    std::printf("%s\n", json.end_object().text().c_str());
-                } else {
-                    print_text(session, net, nodes, options->engine_names);
-                }
-                return 0;
-            }};
+    return add_query_command(
+        program, "beliefs", "Compile a net, enter findings and print beliefs",
+        [](Session& session, net_bn* net, const std::vector<node_bn*>& nodes, const QueryOptions& options,
+           Progress& progress) {
+            progress.finish();
+            if (options.format == "json") {
+                JsonWriter json;
+                json.begin_object();
+                write_beliefs_json(json, session, net, nodes, options.engine_names);
+                std::printf("%s\n", json.end_object().text().c_str());
+            } else {
+                print_text(session, net, nodes, options.engine_names);
+            }
+            return 0;
+        });
 }
 
 }  // namespace ravelo_cli

@@ -18,6 +18,10 @@ Command add_convert(CLI::App& program) {
                         std::string("Format of standard input: ") + kReadFormats + " (default dne)");
     command->add_option("--to", args->to, std::string("Format of standard output: ") + kWriteFormats);
     return {command, [args] {
+                if (!args->from.empty() && args->in != "-")
+                    usage_failure("--from is for standard input (-); the extension of '" + args->in + "' names its format");
+                if (!args->to.empty() && args->out != "-")
+                    usage_failure("--to is for standard output (-); the extension of '" + args->out + "' names its format");
                 if (args->out == "-" && args->to.empty())
                     usage_failure(std::string("writing to standard output needs --to FORMAT, one of ") + kWriteFormats);
                 refuse_unknown_extension(args->out, true);  // before the work of reading

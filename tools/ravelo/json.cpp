@@ -54,28 +54,15 @@ void JsonWriter::separate() {
     }
 }
 
-JsonWriter& JsonWriter::begin_object() {
+JsonWriter& JsonWriter::open(char bracket) {
     separate();
-    out_ += '{';
+    out_ += bracket;
     has_items_.push_back(false);
     return *this;
 }
 
-JsonWriter& JsonWriter::end_object() {
-    out_ += '}';
-    has_items_.pop_back();
-    return *this;
-}
-
-JsonWriter& JsonWriter::begin_array() {
-    separate();
-    out_ += '[';
-    has_items_.push_back(false);
-    return *this;
-}
-
-JsonWriter& JsonWriter::end_array() {
-    out_ += ']';
+JsonWriter& JsonWriter::close(char bracket) {
+    out_ += bracket;
     has_items_.pop_back();
     return *this;
 }
@@ -87,40 +74,17 @@ JsonWriter& JsonWriter::key(std::string_view name) {
     return *this;
 }
 
-JsonWriter& JsonWriter::value(std::string_view text) {
+JsonWriter& JsonWriter::raw(const std::string& text) {
     separate();
-    out_ += json_quoted(text);
+    out_ += text;
     return *this;
 }
 
-JsonWriter& JsonWriter::value(double number) {
-    separate();
-    out_ += json_number(number);
-    return *this;
-}
-
-JsonWriter& JsonWriter::value(float number) {
-    separate();
-    out_ += json_number(number);
-    return *this;
-}
-
-JsonWriter& JsonWriter::value(int number) {
-    separate();
-    out_ += std::to_string(number);
-    return *this;
-}
-
-JsonWriter& JsonWriter::value(bool truth) {
-    separate();
-    out_ += truth ? "true" : "false";
-    return *this;
-}
-
-JsonWriter& JsonWriter::null() {
-    separate();
-    out_ += "null";
-    return *this;
-}
+JsonWriter& JsonWriter::value(std::string_view text) { return raw(json_quoted(text)); }
+JsonWriter& JsonWriter::value(double number) { return raw(json_number(number)); }
+JsonWriter& JsonWriter::value(float number) { return raw(json_number(number)); }
+JsonWriter& JsonWriter::value(int number) { return raw(std::to_string(number)); }
+JsonWriter& JsonWriter::value(bool truth) { return raw(truth ? "true" : "false"); }
+JsonWriter& JsonWriter::null() { return raw("null"); }
 
 }  // namespace ravelo_cli

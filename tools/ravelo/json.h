@@ -9,10 +9,10 @@ namespace ravelo_cli {
 
 class JsonWriter {
 public:
-    JsonWriter& begin_object();
-    JsonWriter& end_object();
-    JsonWriter& begin_array();
-    JsonWriter& end_array();
+    JsonWriter& begin_object() { return open('{'); }
+    JsonWriter& end_object() { return close('}'); }
+    JsonWriter& begin_array() { return open('['); }
+    JsonWriter& end_array() { return close(']'); }
     JsonWriter& key(std::string_view name);
     JsonWriter& value(std::string_view text);
     JsonWriter& value(const char* text) { return value(std::string_view(text ? text : "")); }
@@ -25,6 +25,9 @@ public:
 
 private:
     void separate();
+    JsonWriter& raw(const std::string& text);  // a value already in JSON form
+    JsonWriter& open(char bracket);
+    JsonWriter& close(char bracket);
     std::string out_;
     std::vector<bool> has_items_;  // one entry per open object or array
     bool after_key_ = false;

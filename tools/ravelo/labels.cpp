@@ -7,7 +7,7 @@
 namespace ravelo_cli {
 namespace {
 
-constexpr size_t kMaxNameLength = 30;
+constexpr size_t kMaxNameLength = 30;  // the engine's longest name
 
 bool is_legal_name(const std::string& text) {
     if (text.empty() || text.size() > kMaxNameLength || !std::isalpha(static_cast<unsigned char>(text[0])))

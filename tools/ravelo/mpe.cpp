@@ -21,49 +21,37 @@ nodelist_bn* configured_nodes(net_bn* net, const std::vector<node_bn*>& chosen) 
 }  // namespace
 
 Command add_mpe(CLI::App& program) {
-    auto file = std::make_shared<std::string>();
-    auto options = std::make_shared<QueryOptions>();
-    CLI::App* command = program.add_subcommand(
-        "mpe", "Print the most probable configuration of the nodes given the findings");
-    command->add_option("FILE", *file, "Net file to read")->required();
-    add_query_options(command, *options);
-    return {command, [file, options] {
-                Session session;
-                Progress progress(4);
-                progress.step("reading");
-                net_bn* net = session.read_net(*file);
-                compile_with_findings(session, net, options->findings, &progress);
-                std::vector<node_bn*> chosen = chosen_nodes(session, net, options->nodes);
-                // The configuration is found over every node; --nodes chooses what is printed.
-                nodelist_bn* all = configured_nodes(net, chosen_nodes(session, net, ""));
-                std::vector<state_bn> config(static_cast<size_t>(LengthNodeList_bn(all)) + 1);
-                MostProbableConfig_bn(all, config.data(), 0);
-                double p = JointProbability_bn(all, config.data());
-                std::string error = session.take_error("finding the most probable configuration");
-                progress.finish();
-                if (!error.empty()) {
-                    DeleteNodeList_bn(all);
-                    throw CommandFailed(error);
-                }
-                auto state_of = [&](node_bn* node) {
-                    return config[static_cast<size_t>(IndexOfNodeInList_bn(node, all, 0))];
-                };
-                JsonWriter json;
-                if (options->format == "json")
-                    json.begin_object().key("probability").value(p).key("configuration").begin_object();
-                else
-                    std::printf("probability of this configuration given the findings: %.6g\n", p);
-                for (node_bn* node : chosen) {
-                    if (IndexOfNodeInList_bn(node, all, 0) < 0) continue;
-                    std::string name = node_label(node, options->engine_names);
-                    std::string state = state_label(node, state_of(node), options->engine_names);
-                    if (options->format == "json") json.key(name).value(state);
-                    else std::printf("  %-20s %s\n", name.c_str(), state.c_str());
-                }
-                if (options->format == "json") std::printf("%s\n", json.end_object().end_object().text().c_str());
+    return add_query_command(
+        program, "mpe", "Print the most probable configuration of the nodes given the findings",
+        [](Session& session, net_bn* net, const std::vector<node_bn*>& chosen, const QueryOptions& options,
+           Progress& progress) {
+            // The configuration is found over every node; --nodes chooses what is printed.
+            nodelist_bn* all = configured_nodes(net, chosen_nodes(session, net, ""));
+            std::vector<state_bn> config(static_cast<size_t>(LengthNodeList_bn(all)) + 1);
+            MostProbableConfig_bn(all, config.data(), 0);
+            double p = JointProbability_bn(all, config.data());
+            std::string error = session.take_error("finding the most probable configuration");
+            progress.finish();
+            if (!error.empty()) {
                 DeleteNodeList_bn(all);
-                return 0;
-            }};
+                throw CommandFailed(error);
+            }
+            JsonWriter json;
+            bool as_json = options.format == "json";
+            if (as_json) json.begin_object().key("probability").value(p).key("configuration").begin_object();
+            else std::printf("probability of this configuration given the findings: %.6g\n", p);
+            for (node_bn* node : chosen) {
+                int index = IndexOfNodeInList_bn(node, all, 0);
+                if (index < 0) continue;
+                std::string name = node_label(node, options.engine_names);
+                std::string state = state_label(node, config[static_cast<size_t>(index)], options.engine_names);
+                if (as_json) json.key(name).value(state);
+                else std::printf("  %-20s %s\n", name.c_str(), state.c_str());
+            }
+            if (as_json) std::printf("%s\n", json.end_object().end_object().text().c_str());
+            DeleteNodeList_bn(all);
+            return 0;
+        });
 }
 
 }  // namespace ravelo_cli

@@ -17,6 +17,22 @@ void add_query_options(CLI::App* command, QueryOptions& options) {
         ->check(CLI::IsMember({"text", "json"}));
 }
 
+Command add_query_command(CLI::App& program, const char* name, const char* description, QueryBody body) {
+    auto file = std::make_shared<std::string>();
+    auto options = std::make_shared<QueryOptions>();
+    CLI::App* command = program.add_subcommand(name, description);
+    command->add_option("FILE", *file, "Net file to read, or - for standard input")->required();
+    add_query_options(command, *options);
+    return {command, [file, options, body] {
+                Session session;
+                Progress progress(4);
+                progress.step("reading");
+                net_bn* net = session.read_net(*file);
+                compile_with_findings(session, net, options->findings, &progress);
+                return body(session, net, chosen_nodes(session, net, options->nodes), *options, progress);
+            }};
+}
+
 void compile_with_findings(Session& session, net_bn* net, const std::vector<std::string>& findings,
                            Progress* progress) {
     if (progress) progress->step("compiling");

@@ -20,8 +20,16 @@ struct QueryOptions {
 // Adds -f, --nodes, --names and --format to a command.
 void add_query_options(CLI::App* command, QueryOptions& options);
 
-// Compiles the net, enters the findings and updates the beliefs, drawing the steps in 'progress' if given.
 class Progress;
+// What a query command does once its net is read, compiled and holds the findings, given the
+// nodes --nodes chose (every node without it).
+using QueryBody =
+    std::function<int(Session&, net_bn*, const std::vector<node_bn*>&, const QueryOptions&, Progress&)>;
+// A command "NAME FILE" with the query options that reads the net, compiles it, enters the
+// findings and then runs 'body'.
+Command add_query_command(CLI::App& program, const char* name, const char* description, QueryBody body);
+
+// Compiles the net, enters the findings and updates the beliefs, drawing the steps in 'progress' if given.
 void compile_with_findings(Session& session, net_bn* net, const std::vector<std::string>& findings,
                            Progress* progress = nullptr);
 

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <iostream>
 #include <iterator>
-#include <sstream>
 
 #include "labels.h"
 #include "progress.h"
