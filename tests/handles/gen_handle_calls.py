@@ -6,7 +6,8 @@ live objects elsewhere; every other argument is a harmless value."""
 import re
 import sys
 
-HANDLE_TYPES = {"environ_ns", "report_ns", "stream_ns", "randgen_ns", "net_bn", "node_bn", "nodelist_bn"}
+HANDLE_TYPES = {"environ_ns", "report_ns", "stream_ns", "randgen_ns", "net_bn", "node_bn", "nodelist_bn",
+                "caseset_cs", "learner_bn", "tester_bn"}
 # Reads its message from a C varargs list, which a generated call can't give.
 SKIPPED = {"NewError_ns"}
 

@@ -16,7 +16,7 @@
 
 namespace {
 
-enum class Kind { environ_ns, report_ns, stream_ns, randgen_ns, net_bn, node_bn, nodelist_bn };
+enum class Kind { environ_ns, report_ns, stream_ns, randgen_ns, net_bn, node_bn, nodelist_bn, caseset_cs, learner_bn, tester_bn };
 enum class Fault { Null, Deleted, Foreign };
 
 // One live object of every kind, a deleted one of every kind, and the
@@ -31,7 +31,18 @@ public:
         live_.stream = NewMemoryStream_ns("live.dne", env, nullptr);
         live_.randgen = NewRandomGenerator_ns("1", env, nullptr);
         live_.report = NewError_ns(1, NOTICE_ERR, FROM_DEVELOPER_CND, "a live report");
+        live_.caseset = NewCaseset_cs("live", env);
+        live_.learner = NewLearner_bn(EM_LEARNING, nullptr, env);
+        nodelist_bn* tested = NewNodeList2_bn(0, live_.net);
+        AddNodeToList_bn(live_.node, tested, LAST_ENTRY);
+        live_.tester = NewNetTester_bn(tested, nullptr, -1);
+        DeleteNodeList_bn(tested);
         scratch_.fill(0);
+    }
+    ~Arguments() {
+        DeleteNetTester_bn(live_.tester);
+        DeleteLearner_bn(live_.learner);
+        DeleteCaseset_cs(live_.caseset);
     }
 
     template <class Handle>
@@ -63,6 +74,9 @@ private:
             case Kind::net_bn: return live_.net;
             case Kind::node_bn: return live_.node;
             case Kind::nodelist_bn: return live_.list;
+            case Kind::caseset_cs: return live_.caseset;
+            case Kind::learner_bn: return live_.learner;
+            case Kind::tester_bn: return live_.tester;
         }
         return nullptr;
     }
@@ -75,12 +89,15 @@ private:
         stream_ns* stream;
         randgen_ns* randgen;
         report_ns* report;
+        caseset_cs* caseset;
+        learner_bn* learner;
+        tester_bn* tester;
     } live_{};
     environ_ns* env_;
     int position_;
     Fault fault_;
     alignas(double) std::array<unsigned char, 4096> scratch_;
-    static inline std::array<void*, 7> deleted_{};
+    static inline std::array<void*, 10> deleted_{};
 };
 
 template <> Kind Arguments::kind_of<environ_ns>() { return Kind::environ_ns; }
@@ -90,6 +107,9 @@ template <> Kind Arguments::kind_of<randgen_ns>() { return Kind::randgen_ns; }
 template <> Kind Arguments::kind_of<net_bn>() { return Kind::net_bn; }
 template <> Kind Arguments::kind_of<node_bn>() { return Kind::node_bn; }
 template <> Kind Arguments::kind_of<nodelist_bn>() { return Kind::nodelist_bn; }
+template <> Kind Arguments::kind_of<caseset_cs>() { return Kind::caseset_cs; }
+template <> Kind Arguments::kind_of<learner_bn>() { return Kind::learner_bn; }
+template <> Kind Arguments::kind_of<tester_bn>() { return Kind::tester_bn; }
 
 // Objects of every kind made and then deleted (an environment closed).
 void Arguments::make_deleted(environ_ns* env) {
@@ -109,7 +129,17 @@ void Arguments::make_deleted(environ_ns* env) {
     DeleteStream_ns(stream);
     DeleteRandomGen_ns(randgen);
     ClearError_ns(report);
-    deleted_ = {closed, report, stream, randgen, net, node, list};
+    caseset_cs* caseset = NewCaseset_cs("gone", env);
+    learner_bn* learner = NewLearner_bn(EM_LEARNING, nullptr, env);
+    net_bn* tested_net = NewNet_bn("Tested", env);
+    nodelist_bn* tested = NewNodeList2_bn(0, tested_net);
+    AddNodeToList_bn(NewNode_bn("T", 2, tested_net), tested, LAST_ENTRY);
+    tester_bn* tester = NewNetTester_bn(tested, nullptr, -1);
+    DeleteCaseset_cs(caseset);
+    DeleteLearner_bn(learner);
+    DeleteNetTester_bn(tester);
+    DeleteNet_bn(tested_net);
+    deleted_ = {closed, report, stream, randgen, net, node, list, caseset, learner, tester};
 }
 
 struct HandleCall {
@@ -122,13 +152,14 @@ const HandleCall kHandleCalls[] = {
 #include "handle_calls.inc"
 };
 
-// Positions where NULL has a meaning of its own: the default environment,
+// Positions where NULL has a meaning of its own: the default environment or generator,
 // every net or node, the start of a walk, no parent, no net, no order.
 bool null_has_meaning(const std::string& function, int position, Kind kind) {
     static const std::set<std::pair<std::string, int>> meaningful = {
         {"GetError_ns", 2},          {"AddNetListener_bn", 0},    {"AddNodeListener_bn", 0},
         {"SwitchNodeParent_bn", 2},  {"NewNodeList2_bn", 1},      {"IndexOfNodeInList_bn", 0},
-        {"SetNetElimOrder_bn", 0}};
+        {"SetNetElimOrder_bn", 0},  {"CreateCustomReport_bn", 1}, {"SetNetRandomGen_bn", 1},
+        {"SetLearnerRandomGen_bn", 1}, {"NewNetTester_bn", 1}};
     return kind == Kind::environ_ns || meaningful.count({function, position}) > 0;
 }
 
