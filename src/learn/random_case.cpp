@@ -10,7 +10,6 @@
 #include "infer/clique_tables.h"
 #include "infer/findings.h"
 #include "infer/update.h"
-#include "net/count_form.h"
 #include "net/tables.h"
 
 namespace ravelo {
@@ -38,7 +37,12 @@ struct Scratch {
     std::vector<int> digits;
     std::vector<double> running;
 };
-thread_local Scratch scratch;
+// Not inlined, so that the functions handed the scratch see a plain reference
+// rather than each reaching the thread's storage anew.
+[[gnu::noinline]] Scratch& thread_scratch() {
+    thread_local Scratch scratch;
+    return scratch;
+}
 
 [[noreturn]] void cannot_simulate(const std::string& reason) {
     fail(2461, "can't simulate case because %s", reason.c_str());
@@ -111,9 +115,13 @@ std::string parent_values_text(const Node& node, const Scratch& s) {
     return text;
 }
 
+// A state drawn from a CPT row; -1 when the row holds special marks.
 int draw_from_row(const float* row, int states, RandomGenerator& rng) {
     double total = 0.0;
-    for (int i = 0; i < states; ++i) total += row[i];
+    for (int i = 0; i < states; ++i) {
+        if (!(row[i] >= 0.0f)) return -1;
+        total += row[i];
+    }
     double u = rng.uniform() * total;
     for (int i = 0; i < states; ++i) {
         u -= row[i];
@@ -157,9 +165,11 @@ Slot draw_node(Node& node, Scratch& s, RandomGenerator& rng) {
     const int m = node.num_states();
     Slot out;
     out.value = undef_value();
-    if (!node.cpt.empty() && !row_has_marks(node, row)) {
-        out.state = draw_from_row(node.cpt.data() + row * static_cast<std::size_t>(m), m, rng);
-    } else if (!node.cpt.empty() && node.cpt[row * static_cast<std::size_t>(m)] == kImpossibleProb) {
+    const float* probs = node.cpt.empty() ? nullptr : node.cpt.data() + row * static_cast<std::size_t>(m);
+    const int drawn = probs ? draw_from_row(probs, m, rng) : -1;
+    if (drawn >= 0) {
+        out.state = drawn;
+    } else if (probs && probs[0] == kImpossibleProb) {
         fail(2464, "in the CPT of node %s, parent conditions declared \"impossible\" have occurred: %s",
              node.name.c_str(), condition_text(node, s.parent_states.data()).c_str());
     } else if (!node.func_states.empty() && node.func_states[row] >= 0) {
@@ -340,7 +350,7 @@ RandomGenerator& case_generator(Net& net) {
 int generate_random_case(const std::vector<Node*>& nodes, int method, double maxtries) {
     if (nodes.empty()) return kCaseMade;
     Net& net = *nodes.front()->net;
-    Scratch& s = scratch;
+    Scratch& s = thread_scratch();
     s.slots.assign(net.nodes.nodes.size(), Slot{kUndefState, undef_value()});
     if (method == kAutomaticSampling) method = automatic_sampling_method(net);
     if (method == kJunctionTreeSampling) tree_sample(net, s);
