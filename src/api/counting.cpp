@@ -1,4 +1,6 @@
 // Counting learning family.
+#include <cmath>
+
 #include "api/handles.h"
 #include "learn/counting.h"
 
@@ -6,10 +8,12 @@ using namespace ravelo;
 
 namespace {
 
-void check_updating(int updating) {
+void check_learning_arguments(int updating, double degree) {
     if (updating != 0)
         fail(5517, "argument 'updating' should be 0 with this version of >-Ravelo (it is %g)",
              static_cast<double>(updating));
+    // A count of UNDEF or infinity would spoil every row it touched.
+    if (!std::isfinite(degree)) fail(5519, "argument 'degree' should be a finite number (it is %g)", degree);
 }
 
 // The list's nodes, all live and of one net (which the call holds).
@@ -31,7 +35,7 @@ void ReviseCPTsByFindings_bn(const nodelist_bn* nodes, int updating, double degr
     ApiFrame frame("ReviseCPTsByFindings_bn");
     frame.run([&] {
         const std::vector<Node*>& list = checked_learning_list(frame, nodes);
-        check_updating(updating);
+        check_learning_arguments(updating, degree);
         learn_findings_by_counting(list, degree);
     });
 }

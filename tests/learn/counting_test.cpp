@@ -192,6 +192,8 @@ TEST_F(CountingTest, BadArgumentsAreReportedAndChangeNothing) {
     std::vector<float> before = row(a, {});
     ReviseCPTsByFindings_bn(all, 1, 1.0);
     EXPECT_EQ(take_message(), "argument 'updating' should be 0 with this version of Ravelo (it is 1)");
+    ReviseCPTsByFindings_bn(all, 0, GetUndefDbl_ns());
+    EXPECT_EQ(take_message(), "argument 'degree' should be a finite number (it is nan)");
     ReviseCPTsByFindings_bn(nullptr, 0, 1.0);
     EXPECT_EQ(take_message(), "NULL passed for the nodelist_bn");
     EXPECT_EQ(row(a, {}), before);
