@@ -2,8 +2,10 @@
 
 #include <climits>
 #include <cmath>
+#include <memory>
 
 #include "base/failure.h"
+#include "base/progress.h"
 #include "base/random.h"
 #include "base/text.h"
 #include "eqn/to_table.h"
@@ -14,6 +16,9 @@
 
 namespace ravelo {
 namespace {
+
+// Rejected attempts between polls of the stop request.
+constexpr int kAttemptsBetweenPolls = 4096;
 
 // One node's sample slot: a state (kUndefState when only a real value is
 // known) and a real value (UNDEF when none).
@@ -230,8 +235,14 @@ bool forward_sample(Net& net, const std::vector<Node*>& chosen, double maxtries,
     if (!(tries >= 1.0)) return false;
     order_for_forward_sampling(net, chosen, s);
     RandomGenerator& rng = case_generator(net);
-    for (int attempt = 0; attempt < static_cast<int>(tries); ++attempt)
+    std::unique_ptr<Progress> progress;  // made only once rejections pile up
+    for (int attempt = 0; attempt < static_cast<int>(tries); ++attempt) {
         if (forward_attempt(s, rng)) return true;
+        if ((attempt + 1) % kAttemptsBetweenPolls == 0) {
+            if (!progress) progress = std::make_unique<Progress>(net.env, "simulating cases");
+            if (progress->update(attempt / tries)) return false;  // halted: counts as rejected
+        }
+    }
     return false;
 }
 
