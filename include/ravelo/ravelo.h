@@ -38,6 +38,7 @@ typedef struct randgen_ns  randgen_ns;
 typedef struct net_bn      net_bn;
 typedef struct node_bn     node_bn;
 typedef struct nodelist_bn nodelist_bn;
+typedef struct caseset_cs  caseset_cs;
 
 typedef int    state_bn;   /* a state index from 0; negative values are codes */
 typedef float  prob_bn;    /* a probability */
@@ -57,6 +58,24 @@ typedef int    bool_ns;
 /* Position codes for node lists. */
 #define FIRST_ENTRY 0
 #define LAST_ENTRY  (-10)
+
+/* Case positions of ReadNetFindings2_bn. */
+#define NO_MORE_CASES (-13)
+#define NEXT_CASE     (-14)
+#define FIRST_CASE    (-15)
+
+/* What the case-file reader does with a value the net cannot take, when no
+ * query callback is installed (SetCaseFileQueryCallback_ns). */
+#define SKIP_UNKNOWN_VALUES    1  /* the value is read as missing, with a warning */
+#define ADD_UNKNOWN_VALUES     2  /* the state is added or the range expanded */
+#define HALT_ON_UNKNOWN_VALUES 3  /* reading stops, keeping what was read */
+
+/* Asks the user about a value in a case file the net cannot take.  message
+ * describes it; answers lists the possible answers separated by commas (such
+ * as "Add State,Add All States,Skip Value,Skip All,Halt").  Returns the
+ * 0-based index of the answer chosen; any other number halts the reading.
+ * It must not call the interface. */
+typedef int (*CaseFileQuery_ns)(const char* message, const char* answers, void* user_data);
 
 /* Interface languages of the message-term lexicon. */
 #define PLAIN_LANGUAGE_ns      0
@@ -530,12 +549,42 @@ RAVELO_API const char* GetNodeEquation_bn (const node_bn* node);
 RAVELO_API void EquationToTable_bn (node_bn* node, int num_samples, bool_ns samp_unc, bool_ns add_exist);
 
 /* ------------------------------------------------------------------------ */
+/* Case files and case sets                                                 */
+/* ------------------------------------------------------------------------ */
+
+/* Sets the entry delimiter of case files written (tab, space or comma; -1 queries); returns the previous one, or -1. */
+RAVELO_API int SetCaseFileDelimChar_ns (int newchar, environ_ns* env);
+/* Sets the missing-data character written (0 for none, space, '*' or '?'; -1 queries); returns the previous one, or -1. */
+RAVELO_API int SetMissingDataChar_ns (int newchar, environ_ns* env);
+/* Installs the query asked about values a case file holds that the net cannot take (NULL removes it);
+ * without one the reader does as unasked says (SKIP_UNKNOWN_VALUES, ADD_UNKNOWN_VALUES or HALT_ON_UNKNOWN_VALUES). */
+RAVELO_API void SetCaseFileQueryCallback_ns (CaseFileQuery_ns query, void* user_data, int unasked, environ_ns* env);
+/* Appends the findings of nodes to file as one case (ID_num and freq -1 for no such column);
+ * returns the case's position in the file, or -1 on failure. */
+RAVELO_API long WriteNetFindings_bn (const nodelist_bn* nodes, stream_ns* file, long ID_num, double freq);
+/* Reads the case at *case_posn (FIRST_CASE, NEXT_CASE or a position; NULL: the first) and enters it as findings
+ * of nodes, after retracting theirs unless add; *case_posn becomes the case's position, or NO_MORE_CASES. */
+RAVELO_API void ReadNetFindings2_bn (long* case_posn, stream_ns* file, bool_ns add, const nodelist_bn* nodes,
+                                     long* ID_num, double* freq);
+/* Creates an empty case set; NULL on failure. */
+RAVELO_API caseset_cs* NewCaseset_cs (const char* name, environ_ns* env);
+/* Deletes a case set (its file stays). */
+RAVELO_API void DeleteCaseset_cs (caseset_cs* cases);
+/* Adds the cases of a file, each weighted by degree (one file per case set). */
+RAVELO_API void AddFileToCaseset_cs (caseset_cs* cases, stream_ns* file, double degree, const char* options);
+/* Writes the case set's cases to file. */
+RAVELO_API void WriteCaseset_cs (const caseset_cs* cases, stream_ns* file, const char* options);
+
+/* ------------------------------------------------------------------------ */
 /* Counting learning                                                        */
 /* ------------------------------------------------------------------------ */
 
 /* Learns the findings now entered as one case of weight degree into the tables of the nature nodes of the list
  * whose own and parents' states are known; a negative degree unlearns a case learned before. updating must be 0. */
 RAVELO_API void ReviseCPTsByFindings_bn (const nodelist_bn* nodes, int updating, double degree);
+/* Learns every case of the case file as ReviseCPTsByFindings_bn learns one, each weighted by degree times its
+ * NumCases entry. updating must be 0. */
+RAVELO_API void ReviseCPTsByCaseFile_bn (stream_ns* file, const nodelist_bn* nodes, int updating, double degree);
 /* Moves every row of the node's table toward its prior count by degree (0 to 1); 1 forgets all that was learned. */
 RAVELO_API void FadeCPTable_bn (node_bn* node, double degree);
 

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "api/handles.h"
+#include "io/case_table.h"
 #include "learn/counting.h"
 
 using namespace ravelo;
@@ -37,6 +38,17 @@ void ReviseCPTsByFindings_bn(const nodelist_bn* nodes, int updating, double degr
         const std::vector<Node*>& list = checked_learning_list(frame, nodes);
         check_learning_arguments(updating, degree);
         learn_findings_by_counting(list, degree);
+    });
+}
+
+void ReviseCPTsByCaseFile_bn(stream_ns* file, const nodelist_bn* nodes, int updating, double degree) {
+    ApiFrame frame("ReviseCPTsByCaseFile_bn");
+    frame.run([&] {
+        Stream& stream = checked_stream(frame, file);
+        const std::vector<Node*>& list = checked_learning_list(frame, nodes);
+        check_learning_arguments(updating, degree);
+        if (list.empty()) return;
+        learn_cases_by_counting(list, read_case_file(stream, *list.front()->net, 1.0), degree);
     });
 }
 

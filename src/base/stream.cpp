@@ -11,6 +11,8 @@
 namespace ravelo {
 
 void Stream::release() {
+    case_appender.reset();
+    case_reader.reset();
     owned.clear();
     owned.shrink_to_fit();
     borrowed = nullptr;
@@ -29,6 +31,7 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 
 std::string read_stream_text(const Stream& stream) {
     if (!stream.is_file) return std::string(stream.contents());
+    stream.flush_cases();
     File file(std::fopen(stream.name.c_str(), "rb"));
     if (!file) fail(3440, "couldn't open file '%s' for reading", stream.name.c_str());
     std::string text;
@@ -41,6 +44,7 @@ std::string read_stream_text(const Stream& stream) {
 }
 
 void write_stream_text(Stream& stream, const std::string& text) {
+    stream.case_reader.reset();
     if (!stream.is_file) {
         stream.owned = text;
         stream.borrowed = nullptr;
