@@ -5,7 +5,8 @@
  *
  * 1. draw: CASES cases of every node without findings (the automatic choice:
  *    forward sampling), retracted after each; then as many again, each also
- *    written as one line of state names to OUT_FILE (default /dev/null);
+ *    written as one line of state names to OUT_FILE (default /dev/null), and
+ *    as many again written by WriteNetFindings_bn to OUT_FILE.cas;
  * 2. count: CASES cases drawn as in 1, each learned into every node's table
  *    from its findings (the time of the draws taken off);
  * 3. tree: CASES / 5 cases drawn through the compiled junction tree with hard
@@ -88,6 +89,19 @@ int main(int argc, char** argv) {
     }
     fclose(out);
     const double write_s = now_s() - t0;
+    /* The same through the case-file writer, into a case file beside OUT_FILE. */
+    char case_file[4096];
+    snprintf(case_file, sizeof case_file, "%s.cas", argc > 3 ? argv[3] : "sampling_bench");
+    remove(case_file);
+    stream_ns* cases_out = NewFileStream_ns(case_file, env, NULL);
+    t0 = now_s();
+    for (int k = 0; k < cases; ++k) {
+        GenerateRandomCase_bn(all, 0, 1);
+        WriteNetFindings_bn(all, cases_out, -1, -1);
+        RetractNetFindings_bn(net);
+    }
+    DeleteStream_ns(cases_out);
+    const double case_file_s = now_s() - t0;
     fail_with_reports(env, "drawing");
 
     /* 2. Counting learning from the findings of drawn cases (the draws' time taken off). */
@@ -120,6 +134,8 @@ int main(int argc, char** argv) {
     printf("%s: %d nodes\n", argv[1], n);
     printf("  draw %d cases: %.3f s (%.0f cases/s)\n", cases, draw_s, cases / draw_s);
     printf("  draw and write %d cases: %.3f s (%.0f cases/s)\n", cases, write_s, cases / write_s);
+    printf("  draw and write %d cases with WriteNetFindings_bn: %.3f s (%.0f cases/s)\n", cases, case_file_s,
+           cases / case_file_s);
     printf("  junction-tree sampling, findings on 4 nodes, %d cases: %.3f s (%.0f cases/s)\n", tree_cases, tree_s,
            tree_cases / tree_s);
     printf("  counting learning of every node from %d cases, one call per case: %.3f s\n", cases, learn_s);

@@ -591,6 +591,9 @@ RAVELO_API void WriteCaseset_cs (const caseset_cs* cases, stream_ns* file, const
 /* Learns the findings now entered as one case of weight degree into the tables of the nature nodes of the list
  * whose own and parents' states are known; a negative degree unlearns a case learned before. updating must be 0. */
 RAVELO_API void ReviseCPTsByFindings_bn (const nodelist_bn* nodes, int updating, double degree);
+/* Learns every case of the case file as ReviseCPTsByFindings_bn learns one, each weighted by degree times its
+ * NumCases entry. updating must be 0. */
+RAVELO_API void ReviseCPTsByCaseFile_bn (stream_ns* file, const nodelist_bn* nodes, int updating, double degree);
 /* Moves every row of the node's table toward its prior count by degree (0 to 1); 1 forgets all that was learned. */
 RAVELO_API void FadeCPTable_bn (node_bn* node, double degree);
 

@@ -1,15 +1,20 @@
 // Counting learning family.
+#include <cmath>
+
 #include "api/handles.h"
+#include "io/case_table.h"
 #include "learn/counting.h"
 
 using namespace ravelo;
 
 namespace {
 
-void check_updating(int updating) {
+void check_learning_arguments(int updating, double degree) {
     if (updating != 0)
         fail(5517, "argument 'updating' should be 0 with this version of >-Ravelo (it is %g)",
              static_cast<double>(updating));
+    // A count of UNDEF or infinity would spoil every row it touched.
+    if (!std::isfinite(degree)) fail(5519, "argument 'degree' should be a finite number (it is %g)", degree);
 }
 
 // The list's nodes, all live and of one net (which the call holds).
@@ -31,8 +36,19 @@ void ReviseCPTsByFindings_bn(const nodelist_bn* nodes, int updating, double degr
     ApiFrame frame("ReviseCPTsByFindings_bn");
     frame.run([&] {
         const std::vector<Node*>& list = checked_learning_list(frame, nodes);
-        check_updating(updating);
+        check_learning_arguments(updating, degree);
         learn_findings_by_counting(list, degree);
+    });
+}
+
+void ReviseCPTsByCaseFile_bn(stream_ns* file, const nodelist_bn* nodes, int updating, double degree) {
+    ApiFrame frame("ReviseCPTsByCaseFile_bn");
+    frame.run([&] {
+        Stream& stream = checked_stream(frame, file);
+        const std::vector<Node*>& list = checked_learning_list(frame, nodes);
+        check_learning_arguments(updating, degree);
+        if (list.empty()) return;
+        learn_cases_by_counting(list, read_case_file(stream, *list.front()->net, 1.0), degree);
     });
 }
 

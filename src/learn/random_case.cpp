@@ -2,19 +2,23 @@
 
 #include <climits>
 #include <cmath>
+#include <memory>
 
 #include "base/failure.h"
+#include "base/progress.h"
 #include "base/random.h"
 #include "base/text.h"
 #include "eqn/to_table.h"
 #include "infer/clique_tables.h"
 #include "infer/findings.h"
 #include "infer/update.h"
-#include "net/count_form.h"
 #include "net/tables.h"
 
 namespace ravelo {
 namespace {
+
+// Rejected attempts between polls of the stop request.
+constexpr int kAttemptsBetweenPolls = 4096;
 
 // One node's sample slot: a state (kUndefState when only a real value is
 // known) and a real value (UNDEF when none).
@@ -38,7 +42,12 @@ struct Scratch {
     std::vector<int> digits;
     std::vector<double> running;
 };
-thread_local Scratch scratch;
+// Not inlined, so that the functions handed the scratch see a plain reference
+// rather than each reaching the thread's storage anew.
+[[gnu::noinline]] Scratch& thread_scratch() {
+    thread_local Scratch scratch;
+    return scratch;
+}
 
 [[noreturn]] void cannot_simulate(const std::string& reason) {
     fail(2461, "can't simulate case because %s", reason.c_str());
@@ -111,9 +120,13 @@ std::string parent_values_text(const Node& node, const Scratch& s) {
     return text;
 }
 
+// A state drawn from a CPT row; -1 when the row holds special marks.
 int draw_from_row(const float* row, int states, RandomGenerator& rng) {
     double total = 0.0;
-    for (int i = 0; i < states; ++i) total += row[i];
+    for (int i = 0; i < states; ++i) {
+        if (!(row[i] >= 0.0f)) return -1;
+        total += row[i];
+    }
     double u = rng.uniform() * total;
     for (int i = 0; i < states; ++i) {
         u -= row[i];
@@ -157,9 +170,11 @@ Slot draw_node(Node& node, Scratch& s, RandomGenerator& rng) {
     const int m = node.num_states();
     Slot out;
     out.value = undef_value();
-    if (!node.cpt.empty() && !row_has_marks(node, row)) {
-        out.state = draw_from_row(node.cpt.data() + row * static_cast<std::size_t>(m), m, rng);
-    } else if (!node.cpt.empty() && node.cpt[row * static_cast<std::size_t>(m)] == kImpossibleProb) {
+    const float* probs = node.cpt.empty() ? nullptr : node.cpt.data() + row * static_cast<std::size_t>(m);
+    const int drawn = probs ? draw_from_row(probs, m, rng) : -1;
+    if (drawn >= 0) {
+        out.state = drawn;
+    } else if (probs && probs[0] == kImpossibleProb) {
         fail(2464, "in the CPT of node %s, parent conditions declared \"impossible\" have occurred: %s",
              node.name.c_str(), condition_text(node, s.parent_states.data()).c_str());
     } else if (!node.func_states.empty() && node.func_states[row] >= 0) {
@@ -220,8 +235,14 @@ bool forward_sample(Net& net, const std::vector<Node*>& chosen, double maxtries,
     if (!(tries >= 1.0)) return false;
     order_for_forward_sampling(net, chosen, s);
     RandomGenerator& rng = case_generator(net);
-    for (int attempt = 0; attempt < static_cast<int>(tries); ++attempt)
+    std::unique_ptr<Progress> progress;  // made only once rejections pile up
+    for (int attempt = 0; attempt < static_cast<int>(tries); ++attempt) {
         if (forward_attempt(s, rng)) return true;
+        if ((attempt + 1) % kAttemptsBetweenPolls == 0) {
+            if (!progress) progress = std::make_unique<Progress>(net.env, "simulating cases");
+            if (progress->update(attempt / tries)) return false;  // halted: counts as rejected
+        }
+    }
     return false;
 }
 
@@ -340,7 +361,7 @@ RandomGenerator& case_generator(Net& net) {
 int generate_random_case(const std::vector<Node*>& nodes, int method, double maxtries) {
     if (nodes.empty()) return kCaseMade;
     Net& net = *nodes.front()->net;
-    Scratch& s = scratch;
+    Scratch& s = thread_scratch();
     s.slots.assign(net.nodes.nodes.size(), Slot{kUndefState, undef_value()});
     if (method == kAutomaticSampling) method = automatic_sampling_method(net);
     if (method == kJunctionTreeSampling) tree_sample(net, s);

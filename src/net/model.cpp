@@ -97,6 +97,7 @@ const std::string& link_delay(const Node& node, std::size_t k) {
 }
 
 bool is_delay(const std::string& delay_text) {
+    if (delay_text.empty() || delay_text == "0") return false;  // the usual cases, without parsing
     std::size_t first = delay_text.find_first_not_of(" \t\r\n");
     if (first == std::string::npos) return false;
     std::size_t last = delay_text.find_last_not_of(" \t\r\n");

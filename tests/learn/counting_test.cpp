@@ -187,11 +187,48 @@ TEST_F(CountingTest, FadingLeavesImpossibleConditionsAlone) {
     EXPECT_FLOAT_EQ(row(c, {1, 1})[0], 1.0f / 3);
 }
 
+// A case file's rows, multiplicities and missing entries, each case weighted
+// by the degree times its NumCases.
+TEST_F(CountingTest, CaseFileLearnsEveryRowWithItsMultiplicity) {
+    SetNodeStateNames_bn(a, "no,yes");
+    SetNodeStateNames_bn(b, "lo,hi");
+    SetNodeStateNames_bn(c, "x,y,z");
+    const char text[] =
+        "NumCases\ta\tb\tc\n"
+        "2\tyes\tlo\tz\n"
+        "1\tno\t*\ty\n"
+        "0.5\tyes\tlo\tx\n"
+        "3\tno\thi\ty\n";
+    stream_ns* file = NewMemoryStream_ns("cases.cas", env, nullptr);
+    SetStreamContents_ns(file, text, static_cast<long>(sizeof text - 1), 1);
+    ReviseCPTsByCaseFile_bn(file, all, 0, 2.0);
+    ASSERT_TRUE(no_reports()) << last_message();
+    // Counts: the prior (1 per cell, spread by the old probabilities) plus 2 x NumCases per case seen.
+    EXPECT_NEAR(GetNodeExperience_bn(a, nullptr), 15.0, 1e-6);
+    EXPECT_FLOAT_EQ(row(a, {})[0], 9.0f / 15);
+    EXPECT_FLOAT_EQ(row(b, {})[1], 7.0f / 13);  // the case missing b teaches b nothing
+    std::vector<float> c10 = row(c, {1, 0}), c01 = row(c, {0, 1});
+    EXPECT_NEAR(c10[0], 1.6 / 8, 1e-6);
+    EXPECT_NEAR(c10[2], 5.5 / 8, 1e-6);
+    EXPECT_NEAR(c01[1], 6.9 / 9, 1e-6);
+    const state_bn no_lo[] = {0, 0};
+    EXPECT_NEAR(GetNodeExperience_bn(c, no_lo), 3.0, 1e-6);  // nor c
+
+    ReviseCPTsByCaseFile_bn(nullptr, all, 0, 1.0);
+    EXPECT_EQ(take_message(), "NULL passed for stream_ns");
+    ReviseCPTsByCaseFile_bn(file, all, 2, 1.0);
+    EXPECT_EQ(take_number(), 5517);
+    EXPECT_FLOAT_EQ(row(a, {})[0], 9.0f / 15);
+    DeleteStream_ns(file);
+}
+
 TEST_F(CountingTest, BadArgumentsAreReportedAndChangeNothing) {
     enter(0, 0, 0);
     std::vector<float> before = row(a, {});
     ReviseCPTsByFindings_bn(all, 1, 1.0);
     EXPECT_EQ(take_message(), "argument 'updating' should be 0 with this version of Ravelo (it is 1)");
+    ReviseCPTsByFindings_bn(all, 0, GetUndefDbl_ns());
+    EXPECT_EQ(take_message(), "argument 'degree' should be a finite number (it is nan)");
     ReviseCPTsByFindings_bn(nullptr, 0, 1.0);
     EXPECT_EQ(take_message(), "NULL passed for the nodelist_bn");
     EXPECT_EQ(row(a, {}), before);

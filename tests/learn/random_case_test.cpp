@@ -4,6 +4,7 @@
 #include <cmath>
 #include <map>
 
+#include "base/progress.h"
 #include "base/random.h"
 #include "infer/findings.h"
 #include "infer/net_fixture.h"
@@ -119,6 +120,12 @@ TEST_F(RandomCaseTest, RejectionRunsOutWhereTheTreeAlwaysSucceeds) {
     EXPECT_TRUE(child->finding.empty());  // nothing entered
     EXPECT_EQ(automatic_sampling_method(*net), kForwardSampling);  // not compiled
     EXPECT_EQ(generate_random_case(chosen, kAutomaticSampling, 0), kCaseRejected);  // no attempt at all
+    // Rejections piling up poll the stop request; a stop ends the draw as rejected.
+    std::string polled;
+    set_progress_listener(*env, [&](const std::string& title, double) { polled = title; return true; });
+    EXPECT_EQ(generate_random_case(chosen, kForwardSampling, 2e9), kCaseRejected);
+    EXPECT_EQ(polled, "simulating cases");
+    set_progress_listener(*env, nullptr);
     compile_net(*net, {});
     int ones = 0;
     for (int k = 0; k < 200; ++k) {

@@ -22,6 +22,7 @@ Command add_batch(CLI::App& program);
 Command add_draw(CLI::App& program);
 Command add_learn(CLI::App& program);
 Command add_test(CLI::App& program);
+Command add_simulate(CLI::App& program);
 
 struct LearnOptions {
     std::string net, cases, out, method = "em", nodes, format = "text";
@@ -35,5 +36,15 @@ struct TestOptions {
     std::string net, cases, nodes, unobserved, format = "text";
 };
 int run_test(const TestOptions& options);
+
+struct SimulateOptions {
+    std::string net_file, out_file;
+    long cases = 0;
+    std::vector<std::string> findings;
+    double missing_percent = 0;
+    std::string seed = "1";
+    std::string method = "auto";
+};
+int run_simulate(const SimulateOptions& options);
 
 }  // namespace ravelo_cli

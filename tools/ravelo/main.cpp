@@ -49,6 +49,7 @@ int main(int argc, char** argv) {
         ravelo_cli::add_draw(app),
         ravelo_cli::add_learn(app),
         ravelo_cli::add_test(app),
+        ravelo_cli::add_simulate(app),
     };
 
     try {
