@@ -35,7 +35,7 @@ function(ravelo_ensure_debian_package package)
   endif()
 endfunction()
 
-if(RAVELO_BUILD_TESTS)
+if(BUILD_TESTING)
   ravelo_ensure_debian_package(libgtest-dev)
   ravelo_ensure_debian_package(libgmock-dev)
 endif()

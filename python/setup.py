@@ -44,7 +44,7 @@ class CMakeBuild(build_ext):
         ensure_debian_packages()
         build_dir = os.path.join(os.path.abspath(self.build_temp), "cmake")
         configure = ["cmake", "-S", SOURCE_ROOT, "-B", build_dir, "-DCMAKE_BUILD_TYPE=Release",
-                     "-DRAVELO_BUILD_TESTS=OFF", "-DRAVELO_BUILD_TOOLS=OFF", "-DRAVELO_PYTHON=ON",
+                     "-DBUILD_TESTING=OFF", "-DRAVELO_BUILD_TOOLS=OFF", "-DRAVELO_PYTHON=ON",
                      "-DPython_EXECUTABLE=" + sys.executable]
         if shutil.which("ccache"):
             configure += ["-DCMAKE_CXX_COMPILER_LAUNCHER=ccache", "-DCMAKE_C_COMPILER_LAUNCHER=ccache"]

@@ -456,6 +456,15 @@ RAVELO_API void UncompileNet_bn (net_bn* net);
 RAVELO_API double SizeCompiledNet_bn (net_bn* net, int method);
 
 /* ------------------------------------------------------------------------ */
+/* Reports                                                                  */
+/* ------------------------------------------------------------------------ */
+
+/* Returns a text of any length made of the named sections ("compiled": the compiled size and the
+ * elimination order report); nodes and options are reserved and must be NULL.  The text stays
+ * valid until the calling thread's next call of this function; NULL on failure. */
+RAVELO_API const char* CreateCustomReport_bn (net_bn* net, const nodelist_bn* nodes, const char* sections, const char* options);
+
+/* ------------------------------------------------------------------------ */
 /* Findings                                                                 */
 /* ------------------------------------------------------------------------ */
 
@@ -528,6 +537,33 @@ RAVELO_API const char* GetNodeEquation_bn (const node_bn* node);
 
 /* Builds the node's table from its equation, with num_samples samples per cell for continuous parents. */
 RAVELO_API void EquationToTable_bn (node_bn* node, int num_samples, bool_ns samp_unc, bool_ns add_exist);
+
+/* ------------------------------------------------------------------------ */
+/* Counting learning                                                        */
+/* ------------------------------------------------------------------------ */
+
+/* Learns the findings now entered as one case of weight degree into the tables of the nature nodes of the list
+ * whose own and parents' states are known; a negative degree unlearns a case learned before. updating must be 0. */
+RAVELO_API void ReviseCPTsByFindings_bn (const nodelist_bn* nodes, int updating, double degree);
+/* Moves every row of the node's table toward its prior count by degree (0 to 1); 1 forgets all that was learned. */
+RAVELO_API void FadeCPTable_bn (node_bn* node, double degree);
+
+/* ------------------------------------------------------------------------ */
+/* Random cases                                                             */
+/* ------------------------------------------------------------------------ */
+
+#define FORWARD_SAMPLING  2
+/* Return values of GenerateRandomCase_bn besides 0 (a case was made). */
+#define REJECTED_CASE_RESULT  (-13)
+#define ERROR_CASE_RESULT     (-3)
+
+/* Draws one case from the net's distribution given its findings and enters the drawn values as findings of the
+ * listed nodes. method: 0 automatic, 1 junction-tree sampling (compiled net), FORWARD_SAMPLING (rejecting draws
+ * that contradict the findings, at most maxtries attempts). Returns 0, REJECTED_CASE_RESULT or ERROR_CASE_RESULT. */
+RAVELO_API int GenerateRandomCase_bn (const nodelist_bn* nodes, int method, double maxtries);
+/* Gives the net its own generator for random cases (NULL: the environment's default one again). The caller
+ * keeps ownership; deleting the generator while the net uses it makes later draws fail with a report. */
+RAVELO_API void SetNetRandomGen_bn (net_bn* net, randgen_ns* rand);
 
 #ifdef __cplusplus
 }

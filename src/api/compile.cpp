@@ -1,9 +1,8 @@
 // Compilation family.
-#include <cctype>
-#include <cstring>
 #include <mutex>
 
 #include "api/handles.h"
+#include "api/option_words.h"
 #include "infer/compile.h"
 #include "infer/junction_tree.h"
 #include "infer/update.h"
@@ -14,15 +13,7 @@ namespace {
 
 CompileOptions compile_options(const char* text) {
     CompileOptions options;
-    if (!text) return options;
-    for (const char* p = text; *p;) {
-        if (*p == ',' || std::isspace(static_cast<unsigned char>(*p))) {
-            ++p;
-            continue;
-        }
-        const char* start = p;
-        while (*p && *p != ',' && !std::isspace(static_cast<unsigned char>(*p))) ++p;
-        std::string word(start, p);
+    for (const std::string& word : option_words(text)) {
         if (word == "optimize") options.optimize = true;
         else if (word == "report") options.report = true;
         else fail(5611, "unknown compiling option '%s'", word.c_str());

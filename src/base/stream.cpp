@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <memory>
 
+#include <sys/stat.h>
+
 #include "base/failure.h"
 #include "base/file_replace.h"
 
@@ -25,19 +27,28 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
+// Editors on some systems start UTF-8 text with a byte-order mark; it is not part of the text.
+std::string without_byte_order_mark(std::string text) {
+    if (text.compare(0, 3, "\xEF\xBB\xBF") == 0) text.erase(0, 3);
+    return text;
+}
+
 }  // namespace
 
 std::string read_stream_text(const Stream& stream) {
-    if (!stream.is_file) return std::string(stream.contents());
+    if (!stream.is_file) return without_byte_order_mark(std::string(stream.contents()));
     File file(std::fopen(stream.name.c_str(), "rb"));
     if (!file) fail(3440, "couldn't open file '%s' for reading", stream.name.c_str());
+    struct stat info;
+    if (fstat(fileno(file.get()), &info) == 0 && S_ISDIR(info.st_mode))
+        fail(3411, "couldn't read file '%s', because it is a directory", stream.name.c_str());
     std::string text;
     char buffer[65536];
     size_t got;
     while ((got = std::fread(buffer, 1, sizeof buffer, file.get())) > 0) text.append(buffer, got);
     if (std::ferror(file.get()))
         fail(3441, "disk error reading file '%s'", stream.name.c_str());
-    return text;
+    return without_byte_order_mark(std::move(text));
 }
 
 void write_stream_text(Stream& stream, const std::string& text) {

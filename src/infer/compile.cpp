@@ -78,11 +78,7 @@ bool has_decisions(const Net& net) {
 }
 
 void report_compiled(const Net& net, const JunctionTree& jt) {
-    double total = total_size(jt), current = size_with_findings(jt);
-    std::string text = format("Compiled to %d cliques, with total table size (including sepsets) of %g",
-                              static_cast<int>(jt.cliques.size()), total);
-    text += current != total ? format(" (with current findings %g)", current) : std::string(".\n");
-    make_report(net.env, 0, kNotice, text);
+    make_report(net.env, 0, kNotice, compiled_size_text(jt));
     make_report(net.env, 0, kNotice, elim_order_report(net, jt));
 }
 

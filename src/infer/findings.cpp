@@ -126,7 +126,9 @@ void set_likelihood(Node& node, std::vector<float> likelihood) {
     findings_changed(node);
 }
 
-int interval_of(const Node& node, double value) {
+}  // namespace
+
+int state_holding_value(const Node& node, double value) {
     const auto& lv = node.levels;
     if (node.is_discrete()) {
         for (size_t i = 0; i < lv.size(); ++i)
@@ -141,8 +143,6 @@ int interval_of(const Node& node, double value) {
     }
     return kUndefState;
 }
-
-}  // namespace
 
 void enter_finding(Node& node, int state, bool replace, FindingTests tests) {
     FindingRecord& f = node.finding;
@@ -232,7 +232,7 @@ void enter_value(Node& node, double value) {
         refuse_value(3321, node, format("new value %g contradicts value %g calculated from parent >-node values", value, calculated));
     int state = kUndefState;
     if (node.num_states() > 0) {
-        state = interval_of(node, value);
+        state = state_holding_value(node, value);
         if (state < 0 || (f.state >= 0 && f.state != state) ||
             (!f.likelihood.empty() && f.likelihood[static_cast<size_t>(state)] == 0.0f))
             refuse_value(3322, node, format("new value %g is inconsistent with findings previously entered for this node", value));

@@ -26,6 +26,10 @@ void enter_calibration(Node& node, const float* calibration);
 void retract_findings(Node& node);
 void retract_net_findings(Net& net);
 
+// The state a real value stands for: a discrete node's state with that level,
+// or the interval of a discretized node holding it; UNDEF_STATE when none.
+int state_holding_value(const Node& node, double value);
+
 // The code GetNodeFinding_bn returns.
 int finding_code(const Node& node);
 // The likelihood the findings give each state (all 1 without findings).

@@ -69,6 +69,9 @@ struct JunctionTree {
     std::vector<int> fixed;
     std::vector<std::vector<double>> expected_utils;  // by local index, handed to callers
     bool tables_allocated = false;
+    // Some node's beliefs were read since findings or tables last changed:
+    // only then is there a node whose beliefs must be marked stale.
+    bool beliefs_read = false;
 
     // The propagated tables without findings, kept so that a retraction
     // reloads by copying instead of rebuilding from the node tables.

@@ -33,6 +33,13 @@ std::string requirements_text(double table_entries) {
     return "Max Required:\n" + memory_line(bytes) + time_line(table_entries * kSecondsPerEntry);
 }
 
+std::string compiled_size_text(const JunctionTree& jt) {
+    double total = total_size(jt), current = size_with_findings(jt);
+    std::string text = format("Compiled to %d cliques, with total table size (including sepsets) of %g",
+                              static_cast<int>(jt.cliques.size()), total);
+    return text + (current != total ? format(" (with current findings %g)", current) : std::string(".\n"));
+}
+
 std::string elim_order_report(const Net& net, const JunctionTree& jt) {
     std::string text = format("Elimination order of >-net '%s':", net.name.c_str());
     if (net.elim_order)

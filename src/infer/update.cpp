@@ -150,11 +150,21 @@ std::vector<float> finding_likelihood(const Node& node) {
 
 void findings_changed(Node& node) {
     Net& net = *node.net;
-    for (Node* n : net.nodes.nodes) n->beliefs_current = false;
+    // Without a tree no node holds current beliefs.
+    if (net.jtree && net.jtree->beliefs_read) {
+        for (Node* n : net.nodes.nodes) n->beliefs_current = false;
+        net.jtree->beliefs_read = false;
+    }
     JunctionTree* jt = tree_of(net);
     if (!jt) return;
     int v = local_index(*jt, node);
     if (v >= 0) jt->pending.push_back(v);
+    // Findings changed again and again between updates (cases drawn or
+    // learned one after another) must not grow the list without bound.
+    if (jt->pending.size() > 2 * static_cast<size_t>(jt->graph.size()) + 16) {
+        std::sort(jt->pending.begin(), jt->pending.end());
+        jt->pending.erase(std::unique(jt->pending.begin(), jt->pending.end()), jt->pending.end());
+    }
     if (net.junction_step > kTablesLoaded) net.junction_step = kTablesLoaded;
 }
 
@@ -194,6 +204,7 @@ void read_beliefs(Node& node) {
     if (total > 0.0)
         for (int i = 0; i < n; ++i) node.beliefs[static_cast<size_t>(i)] = static_cast<float>(sums[i] / total);
     node.beliefs_current = true;
+    jt.beliefs_read = true;
 }
 
 }  // namespace ravelo

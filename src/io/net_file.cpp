@@ -64,6 +64,8 @@ Net* read_net(Environment& env, const Stream& stream, int control) {
     // The binary form is not read by this version.
     if (extension_of(stream.name) == "tarv") fail(3405, "file is corrupted or of unrecognized format (%d)", 1);
     std::string text = read_stream_text(stream);
+    if (text.find_first_not_of(" \t\r\n") == std::string::npos)
+        fail(3412, "couldn't read a net from file '%s', because it is empty", stream.name.c_str());
     ReadPlace place{stream.name};
     NetFormat format = format_of(stream.name);
     Net* net = nullptr;

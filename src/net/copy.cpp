@@ -93,6 +93,7 @@ std::vector<Node*> copy_nodes(const std::vector<Node*>& nodes, Net& dest, const 
             to->func_states = from->func_states;
             to->func_reals = from->func_reals;
             to->experience = from->experience;
+            to->prior_count = from->prior_count;
         }
     }
     discard_compiled(dest);

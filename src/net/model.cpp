@@ -51,6 +51,7 @@ void Node::release() {
     func_states = {};
     func_reals = {};
     experience = {};
+    counts = {};
     finding = {};
     beliefs = {};
     derived_row = {};

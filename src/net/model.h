@@ -21,6 +21,7 @@ class Net;
 class Node;
 struct JunctionTree;     // the compiled form of a net (inference layer)
 struct ParsedEquation;   // a node's equation, parsed (equation layer)
+class RandomGenerator;
 
 constexpr int kUndefState = -3;
 constexpr int kImpossState = -4;
@@ -126,6 +127,13 @@ public:
     std::vector<int> func_states;      // discrete function table
     std::vector<double> func_reals;    // continuous function table
     std::vector<double> experience;
+    // The prior count of every CPT cell (UNDEF stands for 1): the experience
+    // a row starts from when learning first meets it, and what fading returns to.
+    double prior_count = undef_value();
+    // The table in count form (one double per CPT cell), kept between
+    // learning calls so that learning and unlearning a case return the same
+    // table; a row counts only while the CPT and experience still match it.
+    std::vector<double> counts;
 
     FindingRecord finding;
 
@@ -198,6 +206,11 @@ public:
     double findings_probability = 1.0;
 
     std::recursive_mutex lock;
+
+    // The generator drawing the net's random cases (owned by the caller, who
+    // may delete it: its tombstone is checked before use), or NULL for the
+    // environment's.
+    RandomGenerator* random_gen = nullptr;
 
     Node* find(const std::string& node_name) const;
     const NodeDefinition* find_definition(const std::string& definition_name) const;

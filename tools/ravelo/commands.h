@@ -1,13 +1,24 @@
-// The commands of the program; each returns the exit code.
+// The commands of the program. Each command file defines one add_* function that adds its
+// subcommand, with its options, to the program and returns what runs it; main() lists them,
+// one line per command. A run returns the exit code.
 #pragma once
+#include <CLI/CLI.hpp>
+
+#include <functional>
 #include <string>
-#include <vector>
 
 namespace ravelo_cli {
 
-int run_info(const std::string& file);
-int run_convert(const std::string& in, const std::string& out);
-int run_draw(const std::string& file, const std::string& out);
-int run_beliefs(const std::string& file, const std::vector<std::string>& findings, const std::string& format);
+struct Command {
+    CLI::App* app;
+    std::function<int()> run;
+};
+
+Command add_info(CLI::App& program);
+Command add_convert(CLI::App& program);
+Command add_beliefs(CLI::App& program);
+Command add_mpe(CLI::App& program);
+Command add_batch(CLI::App& program);
+Command add_draw(CLI::App& program);
 
 }  // namespace ravelo_cli

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 
 #include "commands.h"
@@ -137,15 +138,23 @@ bool run_dot(const std::string& dot, const std::string& out) {
 
 }  // namespace
 
-int run_draw(const std::string& file, const std::string& out) {
-    Session session;
-    net_bn* net = session.read_net(file);
-    CompileNet_bn(net);
-    // A net that doesn't compile is still drawn, without belief bars.
-    bool compiled = session.take_error("compiling").empty();
-    std::string dot = dot_text(session, net, compiled);
-    session.check("reading the net");
-    return run_dot(dot, out) ? 0 : 1;
+Command add_draw(CLI::App& program) {
+    auto file = std::make_shared<std::string>();
+    auto out = std::make_shared<std::string>();
+    CLI::App* command = program.add_subcommand("draw", "Draw a net with Graphviz, with belief bars when it compiles");
+    command->add_option("FILE", *file, "Net file to read")->required();
+    command->add_option("-o,--output", *out, "Picture to write; its extension names the format (svg, png, pdf)")
+        ->required();
+    return {command, [file, out] {
+                Session session;
+                net_bn* net = session.read_net(*file);
+                CompileNet_bn(net);
+                // A net that doesn't compile is still drawn, without belief bars.
+                bool compiled = session.take_error("compiling").empty();
+                std::string dot = dot_text(session, net, compiled);
+                session.check("reading the net");
+                return run_dot(dot, *out) ? 0 : kRuntimeFailure;
+            }};
 }
 
 }  // namespace ravelo_cli

@@ -8,12 +8,25 @@ namespace ravelo_cli {
 
 constexpr int kBarWidth = 30;
 
+namespace {
+bool bar_on_line = false;  // a bar is drawn and its line not yet ended
+}
+
+void leave_progress_line() {
+    if (!bar_on_line) return;
+    std::fputc('\n', stderr);
+    bar_on_line = false;
+}
+
 Progress::Progress(int steps) : steps_(steps), shown_(isatty(STDERR_FILENO) != 0) {}
 
-Progress::~Progress() {
-    if (!shown_ || done_ == 0) return;
+Progress::~Progress() { finish(); }
+
+void Progress::finish() {
+    if (!shown_ || !bar_on_line) return;
     std::fprintf(stderr, "\r%*s\r", kBarWidth + 40, "");
     std::fflush(stderr);
+    bar_on_line = false;
 }
 
 void Progress::step(const char* name) {
@@ -28,6 +41,7 @@ void Progress::draw(const char* name) const {
     for (int i = 0; i < kBarWidth; ++i) std::fputc(i < filled ? '#' : ' ', stderr);
     std::fprintf(stderr, "] %-30.30s", name);
     std::fflush(stderr);
+    bar_on_line = true;
 }
 
 }  // namespace ravelo_cli

@@ -3,6 +3,10 @@
 
 namespace ravelo_cli {
 
+// Ends a progress bar's line so that a message starts on a fresh one; the bar is then redrawn
+// by the next step.
+void leave_progress_line();
+
 class Progress {
 public:
     explicit Progress(int steps);
@@ -12,6 +16,8 @@ public:
 
     // Marks the start of the next step, named in the bar.
     void step(const char* name);
+    // Wipes the bar, before the command's output.
+    void finish();
 
 private:
     void draw(const char* name) const;
