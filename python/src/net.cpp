@@ -4,10 +4,9 @@
 namespace ravelo_py {
 
 NetRef::~NetRef() {
-    if (net) {
-        DeleteNet_bn(net);
-        clear_reports(env());
-    }
+    if (net) DeleteNet_bn(net);
+    if (rand) DeleteRandomGen_ns(rand);
+    clear_reports(env());
 }
 
 net_bn* NetRef::checked() const {
@@ -20,6 +19,8 @@ void NetRef::remove() {
     name_at_deletion = text_or_empty(GetNetName_bn(net));
     engine_call(env(), false, [&] { DeleteNet_bn(net); });
     net = nullptr;
+    if (rand) DeleteRandomGen_ns(rand);
+    rand = nullptr;
 }
 
 std::string path_text(py::handle path) {
@@ -344,6 +345,8 @@ void bind_net(py::module_& m) {
                    (count == 1 ? " node>" : " nodes>");
         });
 
+    auto node = py::reinterpret_borrow<py::class_<Node>>(m.attr("Node"));
+    bind_cases(net, node);
     m.def("read", &read_net, py::arg("path"),
           "Reads a net from a file; the extension names the format (.dne, .bif, .xmlbif/.xml/.bifxml,\n"
           ".net, .uai, .xdsl).");
