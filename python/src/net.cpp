@@ -174,7 +174,8 @@ Node add_node(const Net& net, const std::string& name, const py::object& states,
         count = states.cast<int>();
     } else {
         for (py::handle s : states) {
-            names += (count ? "," : "") + s.cast<std::string>();
+            if (count) names += ',';
+            names += s.cast<std::string>();
             ++count;
         }
         if (count == 0) throw py::value_error("node '" + name + "' needs at least one state");
