@@ -337,7 +337,9 @@ void bind_net(py::module_& m) {
         .def_property_readonly("is_deleted", [](const Net& net) { return net.ref->net == nullptr; })
         .def("__enter__", [](const Net& net) { return net; })
         .def("__exit__", [](const Net& net, py::args) { net.ref->remove(); return false; })
-        .def("__eq__", [](const Net& a, const Net& b) { return a.ref == b.ref; })
+        .def("__eq__", [](const Net& a, const py::object& b) {
+            return py::isinstance<Net>(b) && a.ref == b.cast<const Net&>().ref;
+        })
         .def("__hash__", [](const Net& net) { return std::hash<const void*>()(net.ref.get()); })
         .def("__repr__", [](const Net& net) {
             if (!net.ref->net) return "<ravelo.Net '" + net.ref->name_at_deletion + "' (deleted)>";
