@@ -38,6 +38,7 @@ typedef struct randgen_ns  randgen_ns;
 typedef struct net_bn      net_bn;
 typedef struct node_bn     node_bn;
 typedef struct nodelist_bn nodelist_bn;
+typedef struct caseset_cs  caseset_cs;
 
 typedef int    state_bn;   /* a state index from 0; negative values are codes */
 typedef float  prob_bn;    /* a probability */
@@ -57,6 +58,24 @@ typedef int    bool_ns;
 /* Position codes for node lists. */
 #define FIRST_ENTRY 0
 #define LAST_ENTRY  (-10)
+
+/* Case positions of ReadNetFindings2_bn. */
+#define NO_MORE_CASES (-13)
+#define NEXT_CASE     (-14)
+#define FIRST_CASE    (-15)
+
+/* What the case-file reader does with a value the net cannot take, when no
+ * query callback is installed (SetCaseFileQueryCallback_ns). */
+#define SKIP_UNKNOWN_VALUES    1  /* the value is read as missing, with a warning */
+#define ADD_UNKNOWN_VALUES     2  /* the state is added or the range expanded */
+#define HALT_ON_UNKNOWN_VALUES 3  /* reading stops, keeping what was read */
+
+/* Asks the user about a value in a case file the net cannot take.  message
+ * describes it; answers lists the possible answers separated by commas (such
+ * as "Add State,Add All States,Skip Value,Skip All,Halt").  Returns the
+ * 0-based index of the answer chosen; any other number halts the reading.
+ * It must not call the interface. */
+typedef int (*CaseFileQuery_ns)(const char* message, const char* answers, void* user_data);
 
 /* Interface languages of the message-term lexicon. */
 #define PLAIN_LANGUAGE_ns      0
@@ -539,6 +558,33 @@ RAVELO_API const char* GetNodeEquation_bn (const node_bn* node);
 RAVELO_API void EquationToTable_bn (node_bn* node, int num_samples, bool_ns samp_unc, bool_ns add_exist);
 
 /* ------------------------------------------------------------------------ */
+/* Case files and case sets                                                 */
+/* ------------------------------------------------------------------------ */
+
+/* Sets the entry delimiter of case files written (tab, space or comma; -1 queries); returns the previous one, or -1. */
+RAVELO_API int SetCaseFileDelimChar_ns (int newchar, environ_ns* env);
+/* Sets the missing-data character written (0 for none, space, '*' or '?'; -1 queries); returns the previous one, or -1. */
+RAVELO_API int SetMissingDataChar_ns (int newchar, environ_ns* env);
+/* Installs the query asked about values a case file holds that the net cannot take (NULL removes it);
+ * without one the reader does as unasked says (SKIP_UNKNOWN_VALUES, ADD_UNKNOWN_VALUES or HALT_ON_UNKNOWN_VALUES). */
+RAVELO_API void SetCaseFileQueryCallback_ns (CaseFileQuery_ns query, void* user_data, int unasked, environ_ns* env);
+/* Appends the findings of nodes to file as one case (ID_num and freq -1 for no such column);
+ * returns the case's position in the file, or -1 on failure. */
+RAVELO_API long WriteNetFindings_bn (const nodelist_bn* nodes, stream_ns* file, long ID_num, double freq);
+/* Reads the case at *case_posn (FIRST_CASE, NEXT_CASE or a position; NULL: the first) and enters it as findings
+ * of nodes, after retracting theirs unless add; *case_posn becomes the case's position, or NO_MORE_CASES. */
+RAVELO_API void ReadNetFindings2_bn (long* case_posn, stream_ns* file, bool_ns add, const nodelist_bn* nodes,
+                                     long* ID_num, double* freq);
+/* Creates an empty case set; NULL on failure. */
+RAVELO_API caseset_cs* NewCaseset_cs (const char* name, environ_ns* env);
+/* Deletes a case set (its file stays). */
+RAVELO_API void DeleteCaseset_cs (caseset_cs* cases);
+/* Adds the cases of a file, each weighted by degree (one file per case set). */
+RAVELO_API void AddFileToCaseset_cs (caseset_cs* cases, stream_ns* file, double degree, const char* options);
+/* Writes the case set's cases to file. */
+RAVELO_API void WriteCaseset_cs (const caseset_cs* cases, stream_ns* file, const char* options);
+
+/* ------------------------------------------------------------------------ */
 /* Counting learning                                                        */
 /* ------------------------------------------------------------------------ */
 
@@ -564,6 +610,69 @@ RAVELO_API int GenerateRandomCase_bn (const nodelist_bn* nodes, int method, doub
 /* Gives the net its own generator for random cases (NULL: the environment's default one again). The caller
  * keeps ownership; deleting the generator while the net uses it makes later draws fail with a report. */
 RAVELO_API void SetNetRandomGen_bn (net_bn* net, randgen_ns* rand);
+
+/* ------------------------------------------------------------------------ */
+/* Learners                                                                 */
+/* ------------------------------------------------------------------------ */
+
+typedef struct learner_bn learner_bn;
+
+/* Learning methods of NewLearner_bn. */
+#define COUNTING_LEARNING 1
+#define EM_LEARNING       3
+#define GRADIENT_DESCENT_LEARNING 4
+
+/* Called with each piece of an iterative learner's progress table (heading, one row per iteration)
+ * as it is made; a nonzero result stops learning, keeping the tables of the last finished iteration.
+ * It must not call the interface. */
+typedef int (*LearnerListener_bn)(learner_bn* learner, const char* text, void* data);
+
+/* Creates a learner: method 1 or 2 counting, 3 EM, 4 gradient ascent (options must be empty); NULL on failure. */
+RAVELO_API learner_bn* NewLearner_bn (int method, const char* options, environ_ns* env);
+/* Deletes a learner. */
+RAVELO_API void DeleteLearner_bn (learner_bn* learner);
+/* Sets the iteration limit (>= 0; 1000 in a new learner). */
+RAVELO_API void SetLearnerMaxIters_bn (learner_bn* learner, int max_iters);
+/* Returns the iteration limit, or -1 on failure. */
+RAVELO_API int GetLearnerMaxIters_bn (const learner_bn* learner);
+/* Sets the relative change of log likelihood below which iterating stops (>= 0; 1e-5 in a new learner). */
+RAVELO_API void SetLearnerMaxTol_bn (learner_bn* learner, double tol);
+/* Returns the tolerance, or UNDEF on failure. */
+RAVELO_API double GetLearnerMaxTol_bn (const learner_bn* learner);
+/* Sets the generator that draws starting tables for learned nodes without experience (NULL: none). */
+RAVELO_API void SetLearnerRandomGen_bn (learner_bn* learner, randgen_ns* rand);
+/* Sets the listener that receives the progress table (NULL: none). */
+RAVELO_API void SetLearnerListener_bn (learner_bn* learner, LearnerListener_bn listener, void* data);
+/* Learns the tables of nodes from the cases, each weighted by degree times its multiplicity. */
+RAVELO_API void LearnCPTs_bn (learner_bn* learner, const nodelist_bn* nodes, const caseset_cs* cases, double degree);
+
+/* Sets how many worker threads learning and testing use (threads >= 1; -1 only queries); returns the
+ * previous number, or -1 on failure.  It starts as the RAVELO_THREADS environment variable, else the
+ * machine's cores.  Results do not depend on it. */
+RAVELO_API int SetBatchThreads_ns (int threads, environ_ns* env);
+
+/* ------------------------------------------------------------------------ */
+/* Net testing                                                              */
+/* ------------------------------------------------------------------------ */
+
+typedef struct tester_bn tester_bn;
+
+/* Creates a tester of test_nodes; unobs_nodes (or NULL) never receive findings; tests must be -1. */
+RAVELO_API tester_bn* NewNetTester_bn (const nodelist_bn* test_nodes, const nodelist_bn* unobs_nodes, int tests);
+/* Deletes a tester. */
+RAVELO_API void DeleteNetTester_bn (tester_bn* test);
+/* Runs every case of the case set through the net and adds to the tallies; may be called again. */
+RAVELO_API void TestWithCaseset_bn (tester_bn* test, const caseset_cs* cases);
+/* Returns the weighted number of cases with that predicted and actual state of the node, or UNDEF. */
+RAVELO_API double GetTestConfusion_bn (tester_bn* test, node_bn* node, state_bn predicted, state_bn actual);
+/* Returns the share of the node's tested cases whose predicted state was wrong, or UNDEF. */
+RAVELO_API double GetTestErrorRate_bn (tester_bn* test, node_bn* node);
+/* Returns the mean logarithmic loss of the node (INFINITY after a case of probability zero), or UNDEF. */
+RAVELO_API double GetTestLogLoss_bn (tester_bn* test, node_bn* node);
+/* Returns the mean quadratic loss of the node, or UNDEF. */
+RAVELO_API double GetTestQuadraticLoss_bn (tester_bn* test, node_bn* node);
+/* Replaces the stream's contents with the written report of every test node. */
+RAVELO_API void WriteTestReport_bn (tester_bn* test, stream_ns* out);
 
 #ifdef __cplusplus
 }

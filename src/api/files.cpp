@@ -11,13 +11,6 @@ namespace {
 
 stream_ns* handle_of(Stream* s) { return reinterpret_cast<stream_ns*>(s); }
 
-Stream& checked_stream(ApiFrame& frame, const stream_ns* handle) {
-    ApiFrame::check(handle, kStreamHandle);
-    Stream* stream = core_of<Stream>(handle);
-    frame.use(*stream->env);
-    return *stream;
-}
-
 Stream* new_stream(ApiFrame& frame, const char* name, environ_ns* env, const char* access,
                    bool on_file) {
     Environment& e = frame.environment(env);
@@ -48,6 +41,7 @@ void SetStreamContents_ns(stream_ns* stream, const char* buffer, long length, bo
     ApiFrame frame("SetStreamContents_ns");
     frame.run([&] {
         Stream& s = checked_stream(frame, stream);
+        s.case_reader.reset();
         if (s.is_file)
             fail(3444, "can't set the contents of stream '%s', because it is a file stream",
                  s.name.c_str());

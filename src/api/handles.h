@@ -7,9 +7,12 @@
 
 namespace ravelo {
 
+class Stream;
+
 extern const HandleKind kNetHandle;
 extern const HandleKind kNodeHandle;
 extern const HandleKind kNodeListHandle;
+extern const HandleKind kCaseSetHandle;
 
 inline environ_ns* handle_of(Environment* e) { return reinterpret_cast<environ_ns*>(e); }
 inline report_ns* handle_of(Report* r) { return reinterpret_cast<report_ns*>(r); }
@@ -26,6 +29,8 @@ Net& checked_net(ApiFrame& frame, const net_bn* net, const char* argument = null
 Node& checked_node(ApiFrame& frame, const node_bn* node, const char* argument = nullptr);
 // Checks a node list handle (entering and holding its net when it has one).
 NodeList& checked_list(ApiFrame& frame, const nodelist_bn* list, const char* argument = nullptr);
+// Checks a stream handle and enters its environment.
+Stream& checked_stream(ApiFrame& frame, const stream_ns* stream);
 // A list the function may change: constant lists are refused.
 NodeList& checked_mutable_list(ApiFrame& frame, nodelist_bn* list, const char* argument = nullptr);
 

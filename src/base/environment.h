@@ -62,6 +62,11 @@ public:
     Tagged* default_generator = nullptr;
     int case_delimiter = '\t';
     int missing_data_char = '*';
+    // Asked by the case-file reader about values the net cannot take: given
+    // the question and its comma-separated answers, returns the answer's
+    // index.  Without one, the reader takes unknown_values_policy.
+    std::function<int(const std::string&, const std::string&)> case_query;
+    int unknown_values_policy = 1;  // 1 skip, 2 add or expand, 3 halt
     // Told the title and fraction done of long actions; true halts them.
     std::function<bool(const std::string&, double)> progress_listener;
     ObjectStore store;

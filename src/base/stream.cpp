@@ -13,6 +13,8 @@
 namespace ravelo {
 
 void Stream::release() {
+    case_appender.reset();
+    case_reader.reset();
     owned.clear();
     owned.shrink_to_fit();
     borrowed = nullptr;
@@ -37,6 +39,7 @@ std::string without_byte_order_mark(std::string text) {
 
 std::string read_stream_text(const Stream& stream) {
     if (!stream.is_file) return without_byte_order_mark(std::string(stream.contents()));
+    stream.flush_cases();
     File file(std::fopen(stream.name.c_str(), "rb"));
     if (!file) fail(3440, "couldn't open file '%s' for reading", stream.name.c_str());
     struct stat info;
@@ -52,6 +55,7 @@ std::string read_stream_text(const Stream& stream) {
 }
 
 void write_stream_text(Stream& stream, const std::string& text) {
+    stream.case_reader.reset();
     if (!stream.is_file) {
         stream.owned = text;
         stream.borrowed = nullptr;

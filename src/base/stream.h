@@ -1,6 +1,8 @@
 // Streams: named sources and sinks of text, either a file on disk or a
 // buffer in memory.  The name's extension chooses a net file's format.
 #pragma once
+#include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -19,6 +21,18 @@ public:
     bool is_file;
     std::string access;
     int file_number = 0;  // set when its file was first written
+
+    // Cases are appended one row at a time through a file kept open (and
+    // flushed before the file is read); the position after the last case
+    // read lets reading continue with the next one.
+    std::shared_ptr<std::FILE> case_appender;
+    long next_case_position = -1;
+    // The case reader left open by the last case read, so that reading case
+    // after case streams through the file; dropped when the text changes.
+    std::shared_ptr<void> case_reader;
+    void flush_cases() const {
+        if (case_appender) std::fflush(case_appender.get());
+    }
 
     // The memory stream's text: owned, or borrowed from the caller.
     std::string owned;

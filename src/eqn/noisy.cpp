@@ -2,6 +2,7 @@
 // "Noisy" family of cause/effect relations.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <vector>
 
 #include "base/text.h"
@@ -71,7 +72,8 @@ double noisy_and(const double* a, int n) {
 // P(X = x) from the cumulative function F of a maximum over independent sources.
 template <class Cumulative>
 double mass_from_cumulative(double x, Cumulative F) {
-    if (x < 0 || !whole(x)) return 0;
+    // Beyond every state the cumulative function is flat.
+    if (x < 0 || !whole(x) || x > std::numeric_limits<int>::max()) return 0;
     return F(static_cast<int>(x)) - (x > 0 ? F(static_cast<int>(x) - 1) : 0);
 }
 
@@ -83,9 +85,10 @@ double noisy_or_multi(const double* a, int n) {
     double ns = a[1];
     if (!(ns >= 1))
         return routine_problem("second argument (num_states) to NoisyOrMultiDist must be at least 1, but it is %g", ns), undef();
+    // Checked as a real: a count beyond the arguments given has no int.
+    if (!(ns < n - 1))
+        return routine_problem("there should be %.0f leak probabilities (including the normal state \"leak\") since there are %.0f states in NoisyOrMultiDist", std::floor(ns), std::floor(ns)), undef();
     int states = static_cast<int>(ns);
-    if (n < 2 + states)
-        return routine_problem("there should be %d leak probabilities (including the normal state \"leak\") since there are %d states in NoisyOrMultiDist", states, states), undef();
     int clause_args = n - 2 - states;
     if (clause_args % 3)
         return routine_problem("missing final %s of last clause in NoisyOrMultiDist",
@@ -118,9 +121,10 @@ double noisy_or_multi(const double* a, int n) {
 double noisy_max_table(const double* a, int n) {
     if (n < 2) return routine_problem("wrong number of arguments to NoisyMaxTableDist"), undef();
     if (!(a[1] >= 1) || !whole(a[1]))
-        return routine_problem("number of states for output >-node in NoisyMaxTableDist is declared %d, but it must be 1 or more", static_cast<int>(a[1])), undef();
+        return routine_problem("number of states for output >-node in NoisyMaxTableDist is declared %.0f, but it must be 1 or more", std::trunc(a[1])), undef();
+    if (a[1] > n - 2) return routine_problem("wrong number of arguments to NoisyMaxTableDist"), undef();
     int states = static_cast<int>(a[1]);
-    if (n < 2 + states || (n - 2 - states) % (states + 1))
+    if ((n - 2 - states) % (states + 1))
         return routine_problem("wrong number of arguments to NoisyMaxTableDist"), undef();
     std::vector<const double*> vectors{a + 2};
     for (int i = 2 + states; i < n; i += states + 1)
@@ -150,8 +154,9 @@ double noisy_max_table(const double* a, int n) {
 double noisy_sum_table(const double* a, int n) {
     if (n < 3 || !(a[1] >= 1) || !whole(a[1]))
         return routine_problem("function '%s' is missing its last arguments", "NoisySumTableDist"), undef();
+    if (a[1] > n - 2) return routine_problem("function '%s' is missing its last arguments", "NoisySumTableDist"), undef();
     int states = static_cast<int>(a[1]);
-    if (n < 2 + states || (n - 2 - states) % states)
+    if ((n - 2 - states) % states)
         return routine_problem("function '%s' is missing its last arguments", "NoisySumTableDist"), undef();
     if (a[2] != 0)
         return routine_problem("%s argument of function %s must be zero with this version of >-Ravelo, but it is %g",

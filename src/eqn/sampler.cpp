@@ -119,10 +119,11 @@ double sample_from_equation(Node& node, const double* parent_values, RandomGener
             fail(2550, "equation for node %s is returning an undefined value; could one of its parents have an undefined value (-3)?  \nInput is %s",
                  name, input_text(*eq, values).c_str());
         if (!node.is_discrete()) return v;
-        int st = eq->boolean_output ? (v != 0 ? eq->true_state : 1 - eq->true_state) : static_cast<int>(v);
-        if (v != std::floor(v) || st < 0 || st >= node.num_states())
+        bool in_range = eq->boolean_output || (v == std::floor(v) && v >= 0 && v < node.num_states());
+        if (!in_range)
             fail(2551, "since %s is discrete, its equation should return a state number, which is an integer, but it is returning %g with input %s",
                  name, v, input_text(*eq, values).c_str());
+        int st = eq->boolean_output ? (v != 0 ? eq->true_state : 1 - eq->true_state) : static_cast<int>(v);
         return node.levels.empty() ? st : node.levels[static_cast<size_t>(st)];
     }
     if (!continuous) {

@@ -22,10 +22,10 @@ constexpr double kMaxTableEntries = 1e8;
 
 std::string value_text(const Node& node, double value) {
     if (node.is_discrete()) {
-        int s = static_cast<int>(value);
-        if (s >= 0 && s < node.num_states() && !node.states[static_cast<size_t>(s)].name.empty())
-            return node.states[static_cast<size_t>(s)].name;
-        return format("#%d", s);
+        bool named = value >= 0 && value < node.num_states() &&
+                     !node.states[static_cast<size_t>(value)].name.empty();
+        // Adding 0.0 turns a negative zero into "#0".
+        return named ? node.states[static_cast<size_t>(value)].name : format("#%.0f", std::trunc(value) + 0.0);
     }
     return format("%g", value);
 }
@@ -97,8 +97,8 @@ int Conversion::output_state(double v) {
             fail(2551, "since %s is discrete, its equation should return a state number, which is an integer, but it is returning %g with input %s",
                  name, v, input_text().c_str());
         if (v < 0 || v >= node_.num_states())
-            fail(2552, "since %s is discrete, its equation should return a state number between 0 and %d, but it is returning %d with input %s",
-                 name, node_.num_states() - 1, static_cast<int>(v), input_text().c_str());
+            fail(2552, "since %s is discrete, its equation should return a state number between 0 and %d, but it is returning %.0f with input %s",
+                 name, node_.num_states() - 1, v, input_text().c_str());
         return static_cast<int>(v);
     }
     int st = interval_of(node_.levels, v);

@@ -114,7 +114,8 @@ bool declares_impossible_conditions(const Net& net) {
          declares_impossible_conditions(net) ? " (or a condition declared impossible is actually possible)" : "");
 }
 
-void propagate_step(Net& net, JunctionTree& jt) {
+// False when the findings have probability zero (the tables then hold zeros).
+bool propagate_step(Net& net, JunctionTree& jt) {
     if (!apply_pending(jt)) {
         load_tables_and_findings(net, jt);
         net.junction_step = kTablesLoaded;
@@ -127,9 +128,10 @@ void propagate_step(Net& net, JunctionTree& jt) {
     if (net.findings_probability == 0.0) {
         // The tables now hold zeros: the next query reloads them.
         net.junction_step = kTablesAllocated;
-        fail_inconsistent(net, kZeroFindingsNumber);
+        return false;
     }
     net.junction_step = kPropagatedStep;
+    return true;
 }
 
 }  // namespace
@@ -169,8 +171,16 @@ void findings_changed(Node& node) {
 }
 
 void update_beliefs(Net& net) {
+    switch (update_beliefs_if_possible(net)) {
+        case kStalePropagation: fail_inconsistent(net, kZeroFindingsNumber);
+        case kImpossibleFindings: fail_inconsistent(net, 2378);
+        default: break;
+    }
+}
+
+int update_beliefs_if_possible(Net& net) {
     JunctionTree* jt = tree_of(net);
-    if (net.junction_step == kPropagatedStep && jt && jt->pending.empty()) return;
+    if (net.junction_step == kPropagatedStep && jt && jt->pending.empty()) return kBeliefsUpdated;
     if (!jt) fail(2077, "can't update beliefs because >-net '%s' needs to be compiled", net.name.c_str());
     if (net.junction_step == kCompiled) {
         check_table_memory(net, *jt, false);
@@ -186,8 +196,12 @@ void update_beliefs(Net& net) {
         load_tables_and_findings(net, *jt);
         net.junction_step = kTablesLoaded;
     }
-    if (net.junction_step == kTablesLoaded) propagate_step(net, *jt);
-    if (net.findings_probability == 0.0) fail_inconsistent(net, 2378);
+    if (net.junction_step == kTablesLoaded && !propagate_step(net, *jt)) return kStalePropagation;
+    return net.findings_probability == 0.0 ? kImpossibleFindings : kBeliefsUpdated;
+}
+
+void restart_from_prior(Net& net) {
+    if (net.junction_step > kTablesAllocated) net.junction_step = kTablesAllocated;
 }
 
 void read_beliefs(Node& node) {

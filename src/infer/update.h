@@ -18,6 +18,17 @@ constexpr int kZeroFindingsNumber = 2078;
 // Throws a Failure with its report when the beliefs cannot be brought up to date.
 void update_beliefs(Net& net);
 
+// The same, but findings of probability zero give kImpossibleFindings (or
+// kStalePropagation, when the zero was met while propagating) without a
+// report, so that worker threads scoring many cases can go on; other
+// failures still throw.
+enum UpdateResult : int { kBeliefsUpdated = 0, kImpossibleFindings = 1, kStalePropagation = 2 };
+int update_beliefs_if_possible(Net& net);
+
+// The next update reloads the tables and findings from the kept prior, so
+// that what follows does not depend on the findings propagated before.
+void restart_from_prior(Net& net);
+
 // The tree of a compiled net, or NULL.
 JunctionTree* tree_of(const Net& net);
 

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "base/failure.h"
 #include "base/numbers.h"
 #include "base/text.h"
 #include "base/tokenizer.h"
@@ -9,13 +10,26 @@
 namespace ravelo {
 namespace {
 
-// Names that would not read back as one word are written quoted.
+// Names that would not read back as one word are written quoted: any
+// punctuation, space or control byte, and (to stay clear of what a reader
+// counts as space) every byte outside printable ASCII.
 std::string bif_word(const std::string& name) {
     if (name.empty()) return quoted(name);
-    for (char c : name)
-        if (std::string_view("{}()[];,|=\"/ \t\r\n").find(c) != std::string_view::npos)
+    for (char c : name) {
+        auto byte = static_cast<unsigned char>(c);
+        if (byte <= ' ' || byte >= 0x7f || std::string_view("{}()[];,|=\"/").find(c) != std::string_view::npos)
             return quoted(name);
+    }
     return name;
+}
+
+// A property runs to the next ';': one inside its name or value would end it early.
+void require_plain_properties(const std::vector<std::pair<std::string, std::string>>& fields, const std::string& owner) {
+    for (const auto& [key, value] : fields)
+        if (key.find(';') != std::string::npos || value.find(';') != std::string::npos)
+            fail(3411, "can't write property '%s' of %s in BIF format, because it holds a ';', which that format "
+                       "can't express",
+                 key.c_str(), owner.c_str());
 }
 
 void write_row(std::string& out, const float* row, size_t m) {
@@ -29,6 +43,8 @@ void write_row(std::string& out, const float* row, size_t m) {
 }  // namespace
 
 std::string write_bif(const ForeignNet& net) {
+    require_plain_properties(net.fields, ">-net '" + net.name + "'");
+    for (const ForeignNode& node : net.nodes) require_plain_properties(node.fields, ">-node '" + node.name + "'");
     std::string out = "network " + bif_word(net.name) + " {\n";
     for (const auto& [key, value] : net.fields) out += "  property " + key + " " + value + ";\n";
     out += "}\n";

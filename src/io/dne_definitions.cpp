@@ -148,10 +148,11 @@ std::string inheriting_declaration(const Net& net, const Node& node, const std::
     // Every inherited statement must be restated or equal to the node's own,
     // else reading would give the node something it does not have.
     std::vector<bool> keep(own.size(), true);
-    for (const auto& [keyword, value] : inherited) {
+    for (const auto& statement : inherited) {
+        const std::string& keyword = statement.first;
         auto same = std::find_if(own.begin(), own.end(), [&](const Statement& s) { return s.keyword == keyword; });
         if (same == own.end()) return written;
-        if (value_text(same->value) == value) keep[static_cast<size_t>(same - own.begin())] = false;
+        if (value_text(same->value) == statement.second) keep[static_cast<size_t>(same - own.begin())] = false;
     }
     // Inherited statements are read before the node's own: one that needs an
     // own statement read first is written again.

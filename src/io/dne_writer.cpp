@@ -54,12 +54,17 @@ public:
     std::string run();
 
 private:
-    void field(const std::string& indent, const char* keyword, const std::string& value) {
-        out_ += indent + keyword + " = " + value + ";\n";
+    // The keyword is a view, not a C string: quoted user-field keys may hold NUL bytes.
+    void field(const std::string& indent, std::string_view keyword, const std::string& value) {
+        out_ += indent;
+        out_ += keyword;
+        out_ += " = " + value + ";\n";
     }
     void node(const Node& node);
     void states(const Node& node);
-    void table(const Node& node, const char* keyword, size_t width,
+    // Rows are vectors of width entries in probability tables (even of one
+    // state), single entries in the others.
+    void table(const Node& node, const char* keyword, size_t width, bool vectors,
                const std::function<std::string(size_t entry)>& entry);
     void findings(const Node& node);
     void time_fields(const Node& node);  // link delays and persistence
@@ -106,7 +111,7 @@ std::string Writer::run() {
         if (key == "author" || key == "whochanged" || key == "whenchanged") continue;
         if (!has_user) out_ += "\nuser U1 {\n";
         has_user = true;
-        field("\t", quoted(key).c_str(), quoted(value));
+        field("\t", quoted(key), quoted(value));
     }
     if (has_user) out_ += "\t};\n";
     if (!net_.visual.empty()) {
@@ -158,13 +163,13 @@ void Writer::node(const Node& n) {
     if (has_inputs) field("\t", "inputs", list_of(n.input_names, [](const std::string& s) { return s; }));
     time_fields(n);
     if (!n.func_states.empty())
-        table(n, "functable", 1, [&](size_t i) { return state_word(n, n.func_states[i]); });
+        table(n, "functable", 1, false, [&](size_t i) { return state_word(n, n.func_states[i]); });
     if (!n.func_reals.empty())
-        table(n, "functable", 1, [&](size_t i) { return real_text(n.func_reals[i]); });
+        table(n, "functable", 1, false, [&](size_t i) { return real_text(n.func_reals[i]); });
     if (!n.cpt.empty())
-        table(n, "probs", static_cast<size_t>(n.num_states()), [&](size_t i) { return entry_word(n.cpt[i]); });
+        table(n, "probs", static_cast<size_t>(n.num_states()), true, [&](size_t i) { return entry_word(n.cpt[i]); });
     if (!n.experience.empty())
-        table(n, "numcases", 1, [&](size_t i) { return real_text(n.experience[i]); });
+        table(n, "numcases", 1, false, [&](size_t i) { return real_text(n.experience[i]); });
     if (!n.equation.empty()) field("\t", "equation", quoted(n.equation));
     if (n.equation_dirty) field("\t", "EqnDirty", "TRUE");
     if (n.has_position) field("\t", "position", position_text(n));
@@ -197,7 +202,7 @@ void Writer::node(const Node& n) {
 
 // Nested lists, one level per parent, one line per condition with the
 // condition's parent states beside it.
-void Writer::table(const Node& n, const char* keyword, size_t width,
+void Writer::table(const Node& n, const char* keyword, size_t width, bool vectors,
                    const std::function<std::string(size_t entry)>& entry) {
     const auto& parents = n.parents.nodes;
     size_t k = parents.size();
@@ -218,12 +223,12 @@ void Writer::table(const Node& n, const char* keyword, size_t width,
         while (opens < k && condition[k - 1 - opens] == 0) ++opens;
         while (closes < k && condition[k - 1 - closes] == parents[k - 1 - closes]->num_states() - 1) ++closes;
         std::string line = "\t\t" + std::string(k - opens, ' ') + std::string(opens, '(');
-        if (width > 1) line += "(";
+        if (vectors) line += "(";
         for (size_t i = 0; i < width; ++i) {
             if (i) line += ", ";
             line += entry(r * width + i);
         }
-        if (width > 1) line += ")";
+        if (vectors) line += ")";
         line += std::string(closes, ')');
         line += r + 1 < rows ? "," : ";";
         if (k) {

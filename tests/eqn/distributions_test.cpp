@@ -160,6 +160,10 @@ TEST_F(DistributionTest, ArgumentChecksOfManyArgumentFunctions) {
         {"NoisyOrMultiDist (E, 2, 1, 0, 1, 1, max (1.5, 0))", "seventh argument is 1.5, but it should be in [0,1] range since it is a probability for NoisyOrMultiDist"},
         {"NoisyMaxTableDist (E, 2, 1, 0, 1, 0.5)", "wrong number of arguments to NoisyMaxTableDist"},
         {"NoisyMaxTableDist (E, 2, max (0.5, 0), 0.4)", "a probability vector in NoisyMaxDist doesn't sum to 1"},
+        // Counts far beyond any int are refused, not converted.
+        {"NoisyOrMultiDist (E, max (8e16, 0), 1, 0)", "there should be 80000000000000000 leak probabilities (including the normal state \"leak\") since there are 80000000000000000 states in NoisyOrMultiDist"},
+        {"NoisyMaxTableDist (E, max (8e16, 0), 1, 0)", "wrong number of arguments to NoisyMaxTableDist"},
+        {"NoisyMaxTableDist (E, max (-8e16, 0) - 1e20, 1)", "number of states for output node in NoisyMaxTableDist is declared -100000000000000000000, but it must be 1 or more"},
     };
     Node* e = discrete("E", {"false", "true"});
     for (const auto& c : cases) {

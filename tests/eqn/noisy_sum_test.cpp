@@ -78,6 +78,10 @@ TEST_F(NoisySumTest, ComputedArgumentsAreCheckedWhenConverting) {
     x->equation = "P (X | A, C) = NoisySumTableDist (X, 4, 0, 0.1, 0, 0, C, 0.5, 0.4 + A, 0.2)";
     EXPECT_EQ(convert(x).rfind("error evaluating equation of node 'X'", 0), 0u);
     EXPECT_TRUE(was_reported("sum of probabilities for a condition of function NoisySumTableDist should not be more than 1, but it is 1.1"));
+    // A count far beyond any int is refused, not converted.
+    x->equation = "P (X | A, C) = NoisySumTableDist (X, max (8e16, A), 0, 0.1, 0, 0)";
+    EXPECT_EQ(convert(x).rfind("error evaluating equation of node 'X'", 0), 0u);
+    EXPECT_TRUE(was_reported("function 'NoisySumTableDist' is missing its last arguments"));
 }
 
 TEST_F(NoisySumTest, LayoutFaultsAreFoundWhileParsing) {

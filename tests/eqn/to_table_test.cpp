@@ -153,6 +153,10 @@ TEST_F(ToTableTest, FaultsOfTheEquationOrNode) {
     out->equation = "Out (A) = A * 3";
     EXPECT_EQ(convert(out), "since Out is discrete, its equation should return a state number between 0 and 2, "
                             "but it is returning 3 with input A = a1");
+    // A value beyond any int is reported as it is.
+    out->equation = "Out (A) = A * 5555555555";
+    EXPECT_EQ(convert(out), "since Out is discrete, its equation should return a state number between 0 and 2, "
+                            "but it is returning 5555555555 with input A = a1");
     out->equation = "Out (A) = 1 / (1 - A) - 1";
     EXPECT_EQ(convert(out), "equation for node Out is returning an undefined value; could one of its parents "
                             "have an undefined value (-3)?  \nInput is A = a1");

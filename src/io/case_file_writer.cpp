@@ -1,0 +1,82 @@
+#include <cstdio>
+
+#include "base/failure.h"
+#include "base/numbers.h"
+#include "base/stream.h"
+#include "io/case_file.h"
+#include "io/case_findings.h"
+
+namespace ravelo {
+
+namespace {
+
+constexpr std::size_t kWriteBuffer = std::size_t(1) << 20;
+
+// The file's size, opening it for appending on first use.
+long open_for_cases(Stream& file) {
+    if (!file.is_file) {
+        if (file.borrowed) {
+            file.owned.assign(file.borrowed, static_cast<size_t>(file.borrowed_length));
+            file.borrowed = nullptr;
+            file.borrowed_length = 0;
+        }
+        return static_cast<long>(file.owned.size());
+    }
+    if (!file.case_appender) {
+        std::FILE* f = std::fopen(file.name.c_str(), "ab");
+        if (!f) fail(3442, "couldn't open file '%s' for writing", file.name.c_str());
+        std::setvbuf(f, nullptr, _IOFBF, kWriteBuffer);
+        file.case_appender.reset(f, [](std::FILE* p) { std::fclose(p); });
+        std::fseek(f, 0, SEEK_END);
+    }
+    return std::ftell(file.case_appender.get());
+}
+
+void append(Stream& file, const std::string& text) {
+    if (!file.is_file) {
+        file.owned += text;
+        return;
+    }
+    std::FILE* f = file.case_appender.get();
+    if (std::fwrite(text.data(), 1, text.size(), f) != text.size())
+        fail(3443, "disk error writing file '%s'", file.name.c_str());
+}
+
+}  // namespace
+
+char case_delimiter_for(const Stream& file) {
+    if (extension_of(file.name) == "csv") return ',';
+    return static_cast<char>(file.env ? file.env->case_delimiter : '\t');
+}
+
+long write_findings_case(const std::vector<Node*>& nodes, Stream& file, long id, double weight) {
+    const char delimiter = case_delimiter_for(file);
+    const int missing = file.env ? file.env->missing_data_char : '*';
+    file.case_reader.reset();
+    long position = open_for_cases(file);
+    std::string text;
+    if (position == 0) {
+        text = "// ~->[CASE-1]->~\r\n\r\n";
+        if (id >= 0) (text += " IDnum") += delimiter;
+        if (weight >= 0) (text += "NumCases") += delimiter;
+        for (size_t k = 0; k < nodes.size(); ++k) {
+            if (k) text += delimiter;
+            text += nodes[k]->name;
+        }
+        text += "\n";
+        position = static_cast<long>(text.size());
+    }
+    if (id >= 0) (text += std::to_string(id)) += delimiter;
+    if (weight >= 0) (text += real_text(weight)) += delimiter;
+    for (size_t k = 0; k < nodes.size(); ++k) {
+        if (k) text += delimiter;
+        std::string entry = case_entry_of(*nodes[k]);
+        if (entry.empty() && missing) entry = static_cast<char>(missing);
+        text += entry;
+    }
+    text += "\n";
+    append(file, text);
+    return position;
+}
+
+}  // namespace ravelo
