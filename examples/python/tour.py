@@ -65,6 +65,17 @@ with ravelo.read(HERE.parent / "asia.dne") as asia:
     print(frame.loc[["tub", "lung", "bronc"]])
     print("edges:", sorted(asia.to_networkx().edges)[:3], "...")
 
+# Cases: draw random cases from the lawn net, hide some values, and learn a fresh copy from them.
+net.retract()
+cases = net.simulate(2000, missing=0.1, seed=7)
+print(cases.head())
+fresh = net.copy("Relearned")
+for node in fresh.nodes:
+    node.cpt = None
+fresh.learn(cases)
+print("Rain learned:", fresh["Rain"].cpt.round(2), "log-likelihood of 100 cases:",
+      round(net.log_likelihood(cases.head(100)), 2))
+
 # Decisions: take the umbrella or not, given a forecast.
 lawn_party = ravelo.Net("Party")
 weather = lawn_party.add_node("Weather", ["rain", "dry"])

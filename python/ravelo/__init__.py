@@ -12,7 +12,7 @@ Every engine report of severity error or worse is raised as :class:`ravelo.Error
 as :class:`ravelo.RaveloWarning`.
 """
 from ._ravelo import Error, Net, Node, RaveloWarning, engine_version, loads, read
-from . import _frames, _graph, _pgmpy
+from . import _cases, _frames, _graph, _pgmpy
 from ._pgmpy import from_pgmpy
 
 __all__ = ["Error", "Net", "Node", "RaveloWarning", "engine_version", "from_pgmpy", "loads", "read"]
@@ -21,3 +21,4 @@ __version__ = "5.5.0"
 _frames.extend(Net, Node)
 _graph.extend(Net)
 _pgmpy.extend(Net)
+_cases.extend(Net)

@@ -48,6 +48,7 @@ void clear_reports(environ_ns* env);
 struct NetRef {
     std::shared_ptr<Environ> environ;
     net_bn* net = nullptr;
+    randgen_ns* rand = nullptr;  // the net's own generator for random cases, if it was given a seed
     std::string name_at_deletion;
 
     NetRef(std::shared_ptr<Environ> e, net_bn* n) : environ(std::move(e)), net(n) {}
@@ -58,6 +59,8 @@ struct NetRef {
     environ_ns* env() const { return environ->get(); }
     net_bn* checked() const;
     void remove();
+    // Gives the net its own random generator made from seed, or the shared one again for None.
+    void use_random_seed(const py::object& seed);
 };
 
 class Node {
@@ -126,5 +129,6 @@ void bind_net(py::module_& m);
 void bind_node(py::module_& m);
 void bind_tables(py::class_<Node>& node);
 void bind_findings(py::class_<Node>& node);
+void bind_cases(py::class_<Net>& net, py::class_<Node>& node);
 
 }  // namespace ravelo_py

@@ -4,10 +4,9 @@
 namespace ravelo_py {
 
 NetRef::~NetRef() {
-    if (net) {
-        DeleteNet_bn(net);
-        clear_reports(env());
-    }
+    if (net) DeleteNet_bn(net);
+    if (rand) DeleteRandomGen_ns(rand);
+    clear_reports(env());
 }
 
 net_bn* NetRef::checked() const {
@@ -20,6 +19,8 @@ void NetRef::remove() {
     name_at_deletion = text_or_empty(GetNetName_bn(net));
     engine_call(env(), false, [&] { DeleteNet_bn(net); });
     net = nullptr;
+    if (rand) DeleteRandomGen_ns(rand);
+    rand = nullptr;
 }
 
 std::string path_text(py::handle path) {
@@ -173,7 +174,8 @@ Node add_node(const Net& net, const std::string& name, const py::object& states,
         count = states.cast<int>();
     } else {
         for (py::handle s : states) {
-            names += (count ? "," : "") + s.cast<std::string>();
+            if (count) names += ',';
+            names += s.cast<std::string>();
             ++count;
         }
         if (count == 0) throw py::value_error("node '" + name + "' needs at least one state");
@@ -335,7 +337,9 @@ void bind_net(py::module_& m) {
         .def_property_readonly("is_deleted", [](const Net& net) { return net.ref->net == nullptr; })
         .def("__enter__", [](const Net& net) { return net; })
         .def("__exit__", [](const Net& net, py::args) { net.ref->remove(); return false; })
-        .def("__eq__", [](const Net& a, const Net& b) { return a.ref == b.ref; })
+        .def("__eq__", [](const Net& a, const py::object& b) {
+            return py::isinstance<Net>(b) && a.ref == b.cast<const Net&>().ref;
+        })
         .def("__hash__", [](const Net& net) { return std::hash<const void*>()(net.ref.get()); })
         .def("__repr__", [](const Net& net) {
             if (!net.ref->net) return "<ravelo.Net '" + net.ref->name_at_deletion + "' (deleted)>";
@@ -344,6 +348,8 @@ void bind_net(py::module_& m) {
                    (count == 1 ? " node>" : " nodes>");
         });
 
+    auto node = py::reinterpret_borrow<py::class_<Node>>(m.attr("Node"));
+    bind_cases(net, node);
     m.def("read", &read_net, py::arg("path"),
           "Reads a net from a file; the extension names the format (.dne, .bif, .xmlbif/.xml/.bifxml,\n"
           ".net, .uai, .xdsl).");

@@ -19,6 +19,7 @@ def test_nodes_keep_their_net_alive():
     tub.net["xray"].finding = "yes"
     assert tub.beliefs[0] == pytest.approx(0.0924, abs=1e-4)
     assert tub.net == tub.net and tub == tub.net["tub"] and len({tub, tub.net["tub"]}) == 1
+    assert tub.net != None and tub != "tub" and tub.net not in [1, "tub"]  # noqa: E711
 
 
 def test_deleted_nets_invalidate_their_nodes_cleanly():

@@ -1,0 +1,143 @@
+"""Cases as pandas frames: drawing random cases, learning tables by counting, and the
+log-likelihood of cases.
+
+A case frame has one column per node, holding state names (or state indices, or "#N"); an
+empty cell (None or NaN) is a value not known.  An optional "NumCases" column gives each
+case's weight (1 when absent); an "IDnum" column is ignored.
+"""
+import math
+
+_NOT_NODES = ("NumCases", "IDnum")
+
+
+def _is_missing(value):
+    return value is None or (isinstance(value, float) and math.isnan(value))
+
+
+def _learnable(net):
+    return [n for n in net.nodes if n.kind == "nature" and n.num_states > 0]
+
+
+class _Findings:
+    """Keeps the net's findings and auto-update setting, and puts them back afterwards."""
+
+    def __init__(self, net):
+        self.net = net
+
+    def __enter__(self):
+        self.findings = self.net.findings
+        self.auto_update = self.net.auto_update
+        self.net.auto_update = False
+        return self
+
+    def __exit__(self, *exc):
+        self.net.findings = self.findings
+        self.net.auto_update = self.auto_update
+        return False
+
+
+def _case_states(net, cases):
+    """The frame's nodes, its rows as state indices (None where missing) and weights.
+
+    Every value is checked before anything is learned, so a bad one changes nothing."""
+    columns = [c for c in cases.columns if c not in _NOT_NODES]
+    nodes = [net[c] for c in columns]
+    lookup = []
+    for node in nodes:
+        index = {name: i for i, name in enumerate(node.states)}
+        index.update({f"#{i}": i for i in range(node.num_states)})
+        lookup.append(index)
+    rows = []
+    for number, values in enumerate(cases[columns].itertuples(index=False, name=None)):
+        row = []
+        for node, index, value in zip(nodes, lookup, values):
+            if _is_missing(value):
+                row.append(None)
+            elif isinstance(value, str) and value in index:
+                row.append(index[value])
+            elif not isinstance(value, (str, bool)) and int(value) == value and 0 <= value < node.num_states:
+                row.append(int(value))
+            else:
+                raise ValueError(f"case {number}: node '{node.name}' has no state '{value}'")
+        rows.append(row)
+    weights = (cases["NumCases"].astype(float).tolist() if "NumCases" in cases.columns
+               else [1.0] * len(rows))
+    return nodes, rows, weights
+
+
+def _enter_case(net, nodes, row):
+    net.retract()
+    for node, state in zip(nodes, row):
+        if state is not None:
+            node.finding = state
+
+
+def _simulate(net, n, findings=None, missing=0.0, seed=None):
+    """Draws n random cases from the net given the findings (a dict as for net.findings),
+    as a pandas DataFrame with one categorical column per nature node.  missing: the chance
+    that each drawn value is left out.  seed: a seed for reproducible cases (any integer)."""
+    import numpy as np
+    import pandas as pd
+
+    if not 0 <= missing <= 1:
+        raise ValueError(f"missing must be a chance from 0 to 1, not {missing}")
+    if n < 0:
+        raise ValueError(f"the number of cases must not be negative, not {n}")
+    with _Findings(net):
+        net.findings = findings or {}
+        given = net.findings
+        drawn = [node for node in _learnable(net) if node.name not in given]
+        if seed is not None:
+            net._use_random_seed(seed)
+        try:
+            values = {node.name: [] for node in drawn}
+            for _ in range(n):
+                if net._generate_case(drawn) != 0:
+                    raise RuntimeError("no case could be drawn: every try contradicted the findings")
+                for node in drawn:
+                    values[node.name].append(node.finding)
+                net.findings = given
+        finally:
+            if seed is not None:
+                net._use_random_seed(None)
+    hide = np.random.default_rng(seed).random((n, len(drawn))) < missing
+    frame = {}
+    for node in _learnable(net):
+        if node.name in values:
+            column = [None if hide[i, drawn.index(node)] else v for i, v in enumerate(values[node.name])]
+        else:
+            column = [given[node.name]] * n
+        frame[node.name] = pd.Categorical(column, categories=node.states)
+    return pd.DataFrame(frame)
+
+
+def _learn(net, cases, degree=1.0, method="counting"):
+    """Learns the cases (a DataFrame) into the tables of the nature nodes by counting: each
+    case whose values give a node and all its parents adds its weight times degree to that
+    node's counts.  A value the net doesn't know is refused before anything is learned."""
+    if method != "counting":
+        raise ValueError(f"learning method '{method}' is not available; 'counting' is")
+    nodes, rows, weights = _case_states(net, cases)
+    learners = _learnable(net)
+    with _Findings(net):
+        for row, weight in zip(rows, weights):
+            _enter_case(net, nodes, row)
+            net._revise_by_findings(learners, degree * weight)
+
+
+def _log_likelihood(net, cases):
+    """The sum over the cases of their weight times the natural log of their probability
+    under the net (the net must be compiled)."""
+    nodes, rows, weights = _case_states(net, cases)
+    total = 0.0
+    with _Findings(net):
+        for row, weight in zip(rows, weights):
+            _enter_case(net, nodes, row)
+            total += weight * math.log(net.findings_probability())
+    return total
+
+
+def extend(Net):
+    Net.simulate = _simulate
+    Net.learn = _learn
+    Net.log_likelihood = _log_likelihood
