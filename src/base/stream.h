@@ -26,6 +26,7 @@ public:
     // flushed before the file is read); the position after the last case
     // read lets reading continue with the next one.
     std::shared_ptr<std::FILE> case_appender;
+    long case_file_end = 0;  // the appended file's length, buffered text included
     long next_case_position = -1;
     // The case reader left open by the last case read, so that reading case
     // after case streams through the file; dropped when the text changes.

@@ -28,8 +28,9 @@ long open_for_cases(Stream& file) {
         std::setvbuf(f, nullptr, _IOFBF, kWriteBuffer);
         file.case_appender.reset(f, [](std::FILE* p) { std::fclose(p); });
         std::fseek(f, 0, SEEK_END);
+        file.case_file_end = std::ftell(f);
     }
-    return std::ftell(file.case_appender.get());
+    return file.case_file_end;
 }
 
 void append(Stream& file, const std::string& text) {
@@ -40,12 +41,17 @@ void append(Stream& file, const std::string& text) {
     std::FILE* f = file.case_appender.get();
     if (std::fwrite(text.data(), 1, text.size(), f) != text.size())
         fail(3443, "disk error writing file '%s'", file.name.c_str());
+    file.case_file_end += static_cast<long>(text.size());
 }
 
 }  // namespace
 
 char case_delimiter_for(const Stream& file) {
-    if (extension_of(file.name) == "csv") return ',';
+    const std::string& name = file.name;
+    const size_t dot = name.rfind('.');
+    if (dot != std::string::npos && name.size() - dot == 4 && (name[dot + 1] | 0x20) == 'c' &&
+        (name[dot + 2] | 0x20) == 's' && (name[dot + 3] | 0x20) == 'v')
+        return ',';
     return static_cast<char>(file.env ? file.env->case_delimiter : '\t');
 }
 
@@ -54,7 +60,8 @@ long write_findings_case(const std::vector<Node*>& nodes, Stream& file, long id,
     const int missing = file.env ? file.env->missing_data_char : '*';
     file.case_reader.reset();
     long position = open_for_cases(file);
-    std::string text;
+    thread_local std::string text;  // keeps its capacity from case to case
+    text.clear();
     if (position == 0) {
         text = "// ~->[CASE-1]->~\r\n\r\n";
         if (id >= 0) (text += " IDnum") += delimiter;
@@ -70,9 +77,9 @@ long write_findings_case(const std::vector<Node*>& nodes, Stream& file, long id,
     if (weight >= 0) (text += real_text(weight)) += delimiter;
     for (size_t k = 0; k < nodes.size(); ++k) {
         if (k) text += delimiter;
-        std::string entry = case_entry_of(*nodes[k]);
-        if (entry.empty() && missing) entry = static_cast<char>(missing);
-        text += entry;
+        const size_t before = text.size();
+        append_case_entry(*nodes[k], text);
+        if (text.size() == before && missing) text += static_cast<char>(missing);
     }
     text += "\n";
     append(file, text);

@@ -159,25 +159,23 @@ bool read_case_finding(const Node& node, std::string_view text, FindingRecord& f
     return true;
 }
 
-std::string case_entry_of(const Node& node) {
+void append_case_entry(const Node& node, std::string& out) {
     const FindingRecord& f = node.finding;
-    if (f.has_value) return real_text(f.value);
-    if (f.state >= 0 && f.state < node.num_states()) {
+    if (f.has_value) {
+        out += real_text(f.value);
+    } else if (f.state >= 0 && f.state < node.num_states()) {
         const std::string& name = node.states[static_cast<size_t>(f.state)].name;
-        if (!name.empty()) return name;
-        if (node.is_discrete() && !node.levels.empty())
-            return real_text(node.levels[static_cast<size_t>(f.state)]);
-        return "#" + std::to_string(f.state);
-    }
-    if (!f.likelihood.empty()) {
-        std::string out = "{";
+        if (!name.empty()) out += name;
+        else if (node.is_discrete() && !node.levels.empty()) out += real_text(node.levels[static_cast<size_t>(f.state)]);
+        else (out += '#') += std::to_string(f.state);
+    } else if (!f.likelihood.empty()) {
+        out += '{';
         for (size_t s = 0; s < f.likelihood.size(); ++s) {
             if (s) out += ", ";
             out += prob_text(f.likelihood[s]);
         }
-        return out + "}";
+        out += '}';
     }
-    return {};
 }
 
 }  // namespace ravelo

@@ -19,7 +19,8 @@ namespace ravelo {
 bool read_case_finding(const Node& node, std::string_view text, FindingRecord& finding,
                        std::string& fault);
 
-// The entry that stands for the node's current findings, or "" when it has none.
-std::string case_entry_of(const Node& node);
+// Appends the entry that stands for the node's current findings (nothing
+// when it has none).
+void append_case_entry(const Node& node, std::string& out);
 
 }  // namespace ravelo
