@@ -1,13 +1,16 @@
-"""Cases as pandas frames: drawing random cases, learning tables by counting, and the
-log-likelihood of cases.
+"""Cases as pandas frames: drawing random cases, learning tables (counting, EM, gradient
+ascent), testing a net's predictions, and the log-likelihood of cases.
 
 A case frame has one column per node, holding state names (or state indices, or "#N"); an
 empty cell (None or NaN) is a value not known.  An optional "NumCases" column gives each
 case's weight (1 when absent); an "IDnum" column is ignored.
 """
 import math
+import os
+import pathlib
 
 _NOT_NODES = ("NumCases", "IDnum")
+_LEARNERS = {"counting": 1, "em": 3, "gradient": 4}
 
 
 def _is_missing(value):
@@ -111,12 +114,33 @@ def _simulate(net, n, findings=None, missing=0.0, seed=None):
     return pd.DataFrame(frame)
 
 
-def _learn(net, cases, degree=1.0, method="counting"):
-    """Learns the cases (a DataFrame) into the tables of the nature nodes by counting: each
-    case whose values give a node and all its parents adds its weight times degree to that
-    node's counts.  A value the net doesn't know is refused before anything is learned."""
-    if method != "counting":
-        raise ValueError(f"learning method '{method}' is not available; 'counting' is")
+def _case_text(net, cases):
+    """Case-file text for a frame (checked first), or the text of a case file given by path."""
+    if isinstance(cases, (str, os.PathLike)):
+        return pathlib.Path(cases).read_text()
+    nodes, rows, weights = _case_states(net, cases)
+    weighted = "NumCases" in cases.columns
+    lines = ["\t".join([n.name for n in nodes] + (["NumCases"] if weighted else []))]
+    for row, weight in zip(rows, weights):
+        cells = ["*" if s is None else node.states[s] for node, s in zip(nodes, row)]
+        lines.append("\t".join(cells + ([repr(float(weight))] if weighted else [])))
+    return "\n".join(lines) + "\n"
+
+
+def _learn(net, cases, method="counting", max_iters=None, tol=None, degree=1.0):
+    """Learns the tables of the nature nodes from cases: a DataFrame, or the path of a case file.
+
+    method: "counting" (each case whose values give a node and all its parents adds its weight
+    times degree to that node's counts), "em" or "gradient" (which also learn from cases with
+    values missing, iterating up to max_iters times until the log-likelihood changes by less
+    than tol).  A value the net doesn't know is refused before anything is learned."""
+    if method not in _LEARNERS:
+        raise ValueError(f"learning method '{method}' is not available; use one of "
+                         + ", ".join(_LEARNERS))
+    if method != "counting" or not hasattr(cases, "columns"):
+        net._learn_cases(_learnable(net), _case_text(net, cases), _LEARNERS[method],
+                         -1 if max_iters is None else max_iters, -1.0 if tol is None else tol, degree)
+        return
     nodes, rows, weights = _case_states(net, cases)
     learners = _learnable(net)
     with _Findings(net):
@@ -137,7 +161,28 @@ def _log_likelihood(net, cases):
     return total
 
 
+def _test(net, cases, nodes):
+    """Tests how well the net predicts the nodes from the other values of each case.
+
+    Returns (scores, confusion): scores is a DataFrame indexed by node with columns
+    "error_rate", "log_loss" and "quadratic_loss"; confusion maps each node's name to a
+    DataFrame of weighted case counts, predicted states down, actual states across."""
+    import pandas as pd
+
+    tested = [net[n] if isinstance(n, str) else n for n in nodes]
+    results = net._test_cases(tested, _case_text(net, cases))
+    scores = pd.DataFrame({name: r[:3] for name, r in results.items()},
+                          index=["error_rate", "log_loss", "quadratic_loss"]).T
+    confusion = {}
+    for node in tested:
+        frame = pd.DataFrame(results[node.name][3], index=node.states, columns=node.states)
+        frame.index.name, frame.columns.name = "predicted", "actual"
+        confusion[node.name] = frame
+    return scores, confusion
+
+
 def extend(Net):
     Net.simulate = _simulate
     Net.learn = _learn
     Net.log_likelihood = _log_likelihood
+    Net.test = _test

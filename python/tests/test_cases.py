@@ -80,8 +80,8 @@ def test_counting_weighs_cases_and_refuses_unknown_values():
         weighted.learn(pd.DataFrame({"A": ["a0", "a1"], "B": ["b1", "b9"]}))
     with pytest.raises(KeyError):
         weighted.learn(pd.DataFrame({"C": ["c0"]}))
-    with pytest.raises(ValueError, match="'em' is not available"):
-        weighted.learn(pd.DataFrame({"A": ["a0"]}), method="em")
+    with pytest.raises(ValueError, match="'bayes' is not available"):
+        weighted.learn(pd.DataFrame({"A": ["a0"]}), method="bayes")
     np.testing.assert_array_equal(weighted["B"].cpt, before)
 
 
@@ -108,3 +108,38 @@ def test_learning_from_simulated_cases_recovers_the_tables():
     learned.learn(cases)
     for node in ("smoke", "bronc", "dysp"):
         np.testing.assert_allclose(learned[node].cpt, source[node].cpt, atol=0.03, err_msg=node)
+
+
+def test_em_learns_from_cases_with_values_missing(tmp_path):
+    source = ravelo.read(EXAMPLES / "asia.dne")
+    source.compile()
+    cases = source.simulate(3000, missing=0.2, seed=31)
+    learned = ravelo.read(EXAMPLES / "asia.dne")
+    for node in learned.nodes:
+        node.cpt = None
+    learned.learn(cases, method="em", max_iters=30, tol=1e-6)
+    for node in ("smoke", "bronc", "dysp"):
+        np.testing.assert_allclose(learned[node].cpt, source[node].cpt, atol=0.06, err_msg=node)
+    # The same cases from a case file learn the same tables.
+    path = tmp_path / "asia.cas"
+    path.write_text(ravelo._cases._case_text(source, cases))
+    again = ravelo.read(EXAMPLES / "asia.dne")
+    for node in again.nodes:
+        node.cpt = None
+    again.learn(path, method="em", max_iters=30, tol=1e-6)
+    np.testing.assert_allclose(again["bronc"].cpt, learned["bronc"].cpt, atol=1e-6)
+
+
+def test_testing_scores_agree_with_the_confusion_matrix(asia):
+    cases = asia.simulate(500, seed=41)
+    scores, confusion = asia.test(cases, nodes=["either", "bronc"])
+    assert list(scores.index) == ["either", "bronc"]
+    for name in ("either", "bronc"):
+        matrix = confusion[name].to_numpy()
+        assert matrix.sum() == pytest.approx(500)
+        assert scores.loc[name, "error_rate"] == pytest.approx(1 - np.trace(matrix) / 500)
+        assert 0 <= scores.loc[name, "quadratic_loss"] <= 2 and scores.loc[name, "log_loss"] >= 0
+    # either is a function of tub and lung, which the cases give: it is never mispredicted.
+    assert scores.loc["either", "error_rate"] == 0
+    with pytest.raises(KeyError):
+        asia.test(cases, nodes=["nope"])
