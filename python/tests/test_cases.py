@@ -113,7 +113,7 @@ def test_learning_from_simulated_cases_recovers_the_tables():
 def test_em_learns_from_cases_with_values_missing(tmp_path):
     source = ravelo.read(EXAMPLES / "asia.dne")
     source.compile()
-    cases = source.simulate(3000, missing=0.2, seed=31)
+    cases = source.simulate(50000, missing=0.2, seed=31)
     learned = ravelo.read(EXAMPLES / "asia.dne")
     for node in learned.nodes:
         node.cpt = None
