@@ -179,8 +179,19 @@ TableWalk clique_walk(const JunctionTree& jt, const Clique& clique, const std::v
     return make_walk(jt.graph, clique.members, target, jt.fixed.data());
 }
 
-TableWalk sepset_walk(const JunctionTree& jt, const Sepset& sepset) {
-    return make_walk(jt.graph, sepset.members, sepset.members, jt.fixed.data());
+const TableWalk& sepset_walk(const JunctionTree& jt, const Sepset& sepset) {
+    const std::size_t k = sepset.members.size();
+    bool same = sepset.walk_made;
+    for (std::size_t i = 0; same && i < k; ++i)
+        same = sepset.walk_fixed[i] == jt.fixed[static_cast<std::size_t>(sepset.members[i])];
+    if (!same) {
+        sepset.walk = make_walk(jt.graph, sepset.members, sepset.members, jt.fixed.data());
+        sepset.walk_fixed.resize(k);
+        for (std::size_t i = 0; i < k; ++i)
+            sepset.walk_fixed[i] = jt.fixed[static_cast<std::size_t>(sepset.members[i])];
+        sepset.walk_made = true;
+    }
+    return sepset.walk;
 }
 
 const float* current_entries(const JunctionTree& jt, const Clique& clique) {

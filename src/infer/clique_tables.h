@@ -27,7 +27,7 @@ void multiply_by_states(Clique& clique, int member_position, int num_states, con
 // with a target table over 'target' (members of the clique, in its order).
 TableWalk clique_walk(const JunctionTree& jt, const Clique& clique, const std::vector<int>& target);
 // The walk over the sepset's own entries that agree with the hard findings.
-TableWalk sepset_walk(const JunctionTree& jt, const Sepset& sepset);
+const TableWalk& sepset_walk(const JunctionTree& jt, const Sepset& sepset);
 
 // The clique's current entries, whether still those of the kept prior or not.
 const float* current_entries(const JunctionTree& jt, const Clique& clique);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "infer/graph.h"
+#include "infer/walk_shape.h"
 
 namespace ravelo {
 
@@ -19,6 +20,12 @@ struct Sepset {
     // which its sender took in a message (valid while 'presummed' is set).
     std::vector<double> fresh;
     bool presummed = false;
+    // The walk over the sepset for the observed states of its members it was
+    // last made for: most messages find the same states again.  A cache, kept
+    // up to date by sepset_walk under the net's lock.
+    mutable TableWalk walk;
+    mutable std::vector<int> walk_fixed;
+    mutable bool walk_made = false;
 };
 
 struct CliqueLink {

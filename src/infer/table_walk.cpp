@@ -9,9 +9,8 @@ namespace ravelo {
 namespace {
 
 // The stride in a table over 'target' of each of the members (0 when outside).
-void strides_in(const Graph& g, const std::vector<int>& members, const std::vector<int>& target,
-                std::vector<std::size_t>& stride) {
-    stride.assign(members.size(), 0);
+void strides_in(const Graph& g, const std::vector<int>& members, const std::vector<int>& target, std::size_t* stride) {
+    std::fill(stride, stride + members.size(), std::size_t{0});
     std::size_t step = 1;
     for (std::size_t j = target.size(); j-- > 0;) {
         for (std::size_t i = 0; i < members.size(); ++i)
@@ -23,13 +22,27 @@ void strides_in(const Graph& g, const std::vector<int>& members, const std::vect
     }
 }
 
+// Members of a table this small keep their strides on the stack: walks are
+// made for every message of every update, and a thread-local buffer in a
+// shared library costs a lookup on each use.
+constexpr std::size_t kStackMembers = 32;
+
 }  // namespace
 
 TableWalk make_walk(const Graph& g, const std::vector<int>& members, const std::vector<int>& target,
                     const int* fixed, const std::vector<int>& second, const std::vector<int>& third) {
     TableWalk w;
     const std::size_t k = members.size();
-    thread_local std::vector<std::size_t> target_stride, second_stride, third_stride;  // kept to spare allocations
+    std::size_t on_stack[3 * kStackMembers];
+    std::vector<std::size_t> on_heap;
+    std::size_t* strides = on_stack;
+    if (k > kStackMembers) {
+        on_heap.resize(3 * k);
+        strides = on_heap.data();
+    }
+    std::size_t* const target_stride = strides;
+    std::size_t* const second_stride = strides + k;
+    std::size_t* const third_stride = strides + 2 * k;
     strides_in(g, members, target, target_stride);
     strides_in(g, members, second, second_stride);
     strides_in(g, members, third, third_stride);
@@ -72,7 +85,8 @@ template <class Block>
 void for_each_block3(const TableWalk& w, Block&& block) {
     if (w.empty) return;
     const std::size_t outer = w.dims.size() - 2;
-    std::size_t count[kMaxWalkDims] = {};
+    std::size_t count[kMaxWalkDims];  // only the outer ones are used: cleared alone, as most walks are tiny
+    std::fill(count, count + outer, std::size_t{0});
     std::size_t e = w.start, t = w.target_start, u = w.second_start, x = w.third_start;
     for (;;) {
         block(e, t, u, x);
