@@ -104,7 +104,15 @@ void check_findings(environ_ns* env, stream_ns* file, const nodelist_bn* nodes, 
     std::vector<long> ids;
     std::vector<double> weights;
     stream_ns* out = NewMemoryStream_ns(("again" + name.substr(name.find('.'))).c_str(), env, nullptr);
+    // A first reading may add states, renumbering those of cases read before
+    // it; the findings compared are those of a second reading.
     long position = FIRST_CASE;
+    for (int c = 0; c < kMaxCases; ++c, position = NEXT_CASE) {
+        ReadNetFindings2_bn(&position, file, false, nodes, nullptr, nullptr);
+        if (failed(env) || position == NO_MORE_CASES) break;
+    }
+    ClearErrors_ns(env, INTERNAL_ERR);
+    position = FIRST_CASE;
     for (int c = 0; c < kMaxCases; ++c) {
         long id = 0;
         double weight = 0;
