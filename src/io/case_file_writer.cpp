@@ -55,12 +55,35 @@ char case_delimiter_for(const Stream& file) {
     return static_cast<char>(file.env ? file.env->case_delimiter : '\t');
 }
 
+namespace {
+
+// The line of one case, kept from call to call for its capacity.  It is
+// fetched once per case: in a shared library every use of a thread_local
+// name costs a lookup.
+std::string& case_line() {
+    thread_local std::string text;
+    return text;
+}
+
+// The node's entry when its finding is one named state (the common case,
+// kept free of the general entry writer's tests); false otherwise.
+bool append_state_name(const Node& node, std::string& text) {
+    const FindingRecord& f = node.finding;
+    if (f.has_value || f.state < 0 || static_cast<size_t>(f.state) >= node.states.size()) return false;
+    const std::string& name = node.states[static_cast<size_t>(f.state)].name;
+    if (name.empty()) return false;
+    text.append(name.data(), name.size());
+    return true;
+}
+
+}  // namespace
+
 long write_findings_case(const std::vector<Node*>& nodes, Stream& file, long id, double weight) {
     const char delimiter = case_delimiter_for(file);
     const int missing = file.env ? file.env->missing_data_char : '*';
     file.case_reader.reset();
     long position = open_for_cases(file);
-    thread_local std::string text;  // keeps its capacity from case to case
+    std::string& text = case_line();
     text.clear();
     if (position == 0) {
         text = "// ~->[CASE-1]->~\r\n\r\n";
@@ -77,8 +100,10 @@ long write_findings_case(const std::vector<Node*>& nodes, Stream& file, long id,
     if (weight >= 0) (text += real_text(weight)) += delimiter;
     for (size_t k = 0; k < nodes.size(); ++k) {
         if (k) text += delimiter;
+        const Node& node = *nodes[k];
+        if (append_state_name(node, text)) continue;
         const size_t before = text.size();
-        append_case_entry(*nodes[k], text);
+        append_case_entry(node, text);
         if (text.size() == before && missing) text += static_cast<char>(missing);
     }
     text += "\n";

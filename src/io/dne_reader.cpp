@@ -279,7 +279,7 @@ void DneReader::node_fields(Node& node, const std::vector<const Statement*>& sta
                                         "parents"));
             if (!parents_seen)
                 failure(s->line, format("missing `%s` statement before `%s` statement", "parents", "inputs"));
-        } else if (k == "probs" || k == "functable" || k == "numcases") {
+        } else if (k == "probs" || k == "functable" || k == "numcases" || k == "ExperBase") {
             if (!parents_seen && find_in(statements, "parents"))
                 failure(s->line, format("`%s` statement should appear after PREDS statement", k.c_str()));
         } else if (k == "equation") {

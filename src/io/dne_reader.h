@@ -57,6 +57,7 @@ private:
     void read_probs(Node& node, const Statement& s);
     void read_functable(Node& node, const Statement& s);
     void read_experience(Node& node, const Statement& s);
+    void read_prior_count(Node& node, const Statement& s);
     void findings(const Declared& d);
 
     Net& net_;

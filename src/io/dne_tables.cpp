@@ -304,6 +304,7 @@ void DneReader::tables(const Declared& d) {
         if (s->keyword == "probs") read_probs(*d.node, *s);
         else if (s->keyword == "functable") read_functable(*d.node, *s);
         else if (s->keyword == "numcases") read_experience(*d.node, *s);
+        else if (s->keyword == "ExperBase") read_prior_count(*d.node, *s);
     }
 }
 
@@ -445,6 +446,32 @@ void DneReader::read_experience(Node& node, const Statement& s) {
         walk.run(s.value, entry);
     }
     node.experience = std::move(experience);
+}
+
+// The prior count is one number per node; a table of them is taken when its
+// entries all agree, since nothing could keep differing ones.
+void DneReader::read_prior_count(Node& node, const Statement& s) {
+    require_discrete(node, place_, s.line);
+    std::optional<double> prior;
+    bool is_undefined = false;
+    auto take = [&](const Value& v, auto& self) -> void {
+        if (v.is_list()) {
+            for (const Value& item : v.items) self(item, self);
+            return;
+        }
+        std::optional<double> x = v.text == "@undef" ? std::optional<double>(undef_value()) : read_real(v.text);
+        if (!x) failure(s.line, format("illegal value '%s' in the experience base of >-node %s", v.text.c_str(),
+                                       node.name.c_str()));
+        if (*x < 0) failure(s.line, format("'%g' is less than zero", *x));
+        if (prior && !(*prior == *x || (is_undef(*prior) && is_undef(*x))))
+            failure(s.line, format("the experience base of >-node %s has differing entries (%g and %g)",
+                                   node.name.c_str(), *prior, *x));
+        prior = x;
+        is_undefined = is_undef(*x);
+    };
+    take(s.value, take);
+    if (!prior) failure(s.line, format("the experience base of >-node %s is empty", node.name.c_str()));
+    node.prior_count = is_undefined ? undef_value() : *prior;
 }
 
 namespace {

@@ -170,6 +170,7 @@ void Writer::node(const Node& n) {
         table(n, "probs", static_cast<size_t>(n.num_states()), true, [&](size_t i) { return entry_word(n.cpt[i]); });
     if (!n.experience.empty())
         table(n, "numcases", 1, false, [&](size_t i) { return real_text(n.experience[i]); });
+    if (!is_undef(n.prior_count)) field("\t", "ExperBase", real_text(n.prior_count));
     if (!n.equation.empty()) field("\t", "equation", quoted(n.equation));
     if (n.equation_dirty) field("\t", "EqnDirty", "TRUE");
     if (n.has_position) field("\t", "position", position_text(n));
