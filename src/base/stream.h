@@ -28,6 +28,9 @@ public:
     std::shared_ptr<std::FILE> case_appender;
     long case_file_end = 0;  // the appended file's length, buffered text included
     long next_case_position = -1;
+    // Whether the heading this stream wrote has IDnum and NumCases columns
+    // (-1: the stream wrote no heading, so they are not known).
+    signed char heading_has_id = -1, heading_has_weight = -1;
     // The case reader left open by the last case read, so that reading case
     // after case streams through the file; dropped when the text changes.
     std::shared_ptr<void> case_reader;

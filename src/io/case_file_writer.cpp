@@ -83,9 +83,18 @@ long write_findings_case(const std::vector<Node*>& nodes, Stream& file, long id,
     const int missing = file.env ? file.env->missing_data_char : '*';
     file.case_reader.reset();
     long position = open_for_cases(file);
+    // A case must fill the columns of the heading already written, or its row would not read back.
+    if (position != 0 && file.heading_has_id >= 0 && file.heading_has_id != (id >= 0))
+        fail(5524, "can't write the case %s an IDnum, because the heading of the case file '%s' %s IDnum column",
+             id >= 0 ? "with" : "without", file.name.c_str(), id >= 0 ? "has no" : "has an");
+    if (position != 0 && file.heading_has_weight >= 0 && file.heading_has_weight != (weight >= 0))
+        fail(5525, "can't write the case %s a NumCases entry, because the heading of the case file '%s' %s NumCases column",
+             weight >= 0 ? "with" : "without", file.name.c_str(), weight >= 0 ? "has no" : "has a");
     std::string& text = case_line();
     text.clear();
     if (position == 0) {
+        file.heading_has_id = id >= 0;
+        file.heading_has_weight = weight >= 0;
         text = "// ~->[CASE-1]->~\r\n\r\n";
         if (id >= 0) (text += " IDnum") += delimiter;
         if (weight >= 0) (text += "NumCases") += delimiter;

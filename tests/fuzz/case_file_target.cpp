@@ -121,7 +121,16 @@ void check_findings(environ_ns* env, stream_ns* file, const nodelist_bn* nodes, 
         read.push_back(findings_of(nodes));
         ids.push_back(id);
         weights.push_back(weight);
-        if (WriteNetFindings_bn(nodes, out, id, weight) < 0) fault("case " + std::to_string(c) + " not written");
+        if (WriteNetFindings_bn(nodes, out, id, weight) < 0) {
+            // A case with an IDnum or NumCases entry the heading written first lacks (or the reverse) is
+            // refused rather than written as a row that would not read back.
+            const report_ns* refusal = GetError_ns(env, ERROR_ERR, nullptr);
+            const int number = refusal ? ErrorNumber_ns(refusal) : 0;
+            if (number != 5524 && number != 5525) fault("case " + std::to_string(c) + " not written");
+            DeleteStream_ns(out);
+            ClearErrors_ns(env, INTERNAL_ERR);
+            return;
+        }
         position = NEXT_CASE;
     }
     ClearErrors_ns(env, INTERNAL_ERR);

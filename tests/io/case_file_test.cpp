@@ -428,6 +428,24 @@ protected:
     }
 };
 
+// Every row must fill the heading's columns, or the file would no longer read.
+TEST_F(CaseRoundTrip, LaterCasesKeepTheColumnsOfTheHeading) {
+    nodelist_bn* nodes = list({"A", "B"});
+    stream_ns* file = NewMemoryStream_ns("out.cas", env, nullptr);
+    EnterFinding_bn(handle_of(net->find("A")), 1);
+    EXPECT_GT(WriteNetFindings_bn(nodes, file, -1, 3), 0);
+    const std::string written = contents(file);
+    EXPECT_EQ(WriteNetFindings_bn(nodes, file, 7, 3), -1);
+    EXPECT_EQ(WriteNetFindings_bn(nodes, file, -1, -1), -1);
+    EXPECT_EQ(messages(), (Messages{"can't write the case with an IDnum, because the heading of the case file 'out.cas' has no "
+                                    "IDnum column",
+                                    "can't write the case without a NumCases entry, because the heading of the case file "
+                                    "'out.cas' has a NumCases column"}));
+    EXPECT_EQ(contents(file), written);
+    EXPECT_GT(WriteNetFindings_bn(nodes, file, -1, 1), 0);
+    EXPECT_EQ(contents(file), written + "1\tno\t*\n");
+}
+
 TEST_F(CaseRoundTrip, FindingsWrittenReadBack) {
     nodelist_bn* nodes = list({"A", "B", "C", "U"});
     stream_ns* file = NewMemoryStream_ns("out.cas", env, nullptr);
