@@ -27,7 +27,7 @@ std::string bif_word(const std::string& name) {
 void require_plain_properties(const std::vector<std::pair<std::string, std::string>>& fields, const std::string& owner) {
     for (const auto& [key, value] : fields)
         if (key.find(';') != std::string::npos || value.find(';') != std::string::npos)
-            fail(3411, "can't write property '%s' of %s in BIF format, because it holds a ';', which that format "
+            fail(3413, "can't write property '%s' of %s in BIF format, because it holds a ';', which that format "
                        "can't express",
                  key.c_str(), owner.c_str());
 }
